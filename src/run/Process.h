@@ -1,0 +1,25 @@
+#pragma once
+#include <string>
+#include <vector>
+
+// Ends the program with the given status after flushing standard output.
+// Status -1 appears to the shell as 255.
+[[noreturn]] void ExitProgram(int status);
+
+// Makes the executable's folder the working directory; prints the original
+// failure messages and ends with -1 when that can't be done.
+void EnterExecutableFolder();
+
+// What a path names.
+enum class PathKind { Missing, File, Directory, Other };
+PathKind GetPathKind(const std::string& path);
+
+// Names (not paths) of the entries of a directory, sorted by name so that runs
+// are reproducible. Empty when the directory can't be listed.
+std::vector<std::string> ListDirectory(const std::string& path);
+
+// Offset of the last path separator, '/' or '\\', whichever is later; npos if none.
+std::size_t LastSeparator(const std::string& path);
+
+// Waits the given number of milliseconds.
+void SleepMilliseconds(unsigned milliseconds);

@@ -1,0 +1,5 @@
+#include "search/SearchStage.h"
+
+void RunSearch(const CSearchParam& settings) {
+  if (!settings.enabled) return;
+}

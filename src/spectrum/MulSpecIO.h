@@ -1,0 +1,38 @@
+#pragma once
+#include <fstream>
+#include <map>
+#include <string>
+
+#include "spectrum/SpecIO.h"
+
+// Base of the formats that hold many spectra in one file (DTAS, MGF, library).
+// The file is indexed once (name -> stream position); spectra are parsed on
+// demand, so memory is needed for names only. Reading order is the byte order
+// of the names.
+class CMulSpecIO : public CSpecIO {
+ public:
+  void OpenRead(const std::string& path) override;
+  bool ReadNext(std::vector<CSpectrum>& out) override;
+  uint32_t ReadAll(std::vector<CSpectrum>& out) override;
+  void CloseRead() override;
+  bool ReadByName(const std::string& name, std::vector<CSpectrum>& out) override;
+  void Rewind() override;
+  uint32_t Count() override;
+  void OpenWrite(const std::string& path) override;
+  uint32_t WriteRange(std::vector<CSpectrum>& spectra, uint32_t first, uint32_t last) override;
+  void CloseWrite() override;
+
+  // Appends one spectrum to the output stream.
+  virtual bool WriteOne(CSpectrum& spectrum) = 0;
+
+ protected:
+  // Empties `index` and reads the whole file once.
+  virtual void BuildIndex() = 0;
+  // Parses one spectrum from the current stream position into `work`.
+  virtual bool ParseAtCursor() = 0;
+
+  std::ifstream input;    // binary mode
+  std::ofstream output;   // text mode
+  std::map<std::string, std::streamoff> index;
+  std::map<std::string, std::streamoff>::iterator cursor = index.end();
+};

@@ -1,0 +1,25 @@
+#pragma once
+#include <cstdint>
+
+// Annotation codes of a peak.
+enum PeakType : int32_t {
+  kPeakB = 0,
+  kPeakY = 1,
+  kPeakYCore = 2,  // peptide plus glycan core, with its water and ammonia losses
+  kPeakOther = 3,  // set by no producer; treated like 2 by the decoy remapping
+  kPeakUnannotated = 4,
+};
+
+struct CPeak {
+  double mz = 0.0;
+  double intensity = 0.0;
+  int32_t type = kPeakUnannotated;
+  uint32_t position = 0;  // b/y: fragment length in residues; Y: Y index 0..5
+  uint32_t charge = 0;
+  uint32_t count = 1;     // in how many merged spectra the peak was seen
+};
+
+// The three peak orders; each is a strict comparison for an unstable sort.
+inline bool ByMz(const CPeak& a, const CPeak& b) { return a.mz < b.mz; }
+inline bool ByIntensity(const CPeak& a, const CPeak& b) { return a.intensity > b.intensity; }
+inline bool ByCount(const CPeak& a, const CPeak& b) { return a.count > b.count; }

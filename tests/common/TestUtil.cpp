@@ -1,0 +1,93 @@
+#include "common/TestUtil.h"
+
+#include <sys/wait.h>
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+
+namespace testutil {
+
+TempDir::TempDir() {
+  static std::atomic<int> counter{0};
+  dir_ = fs::temp_directory_path() /
+         ("quorin_test_" + std::to_string(::getpid()) + "_" + std::to_string(counter++));
+  fs::remove_all(dir_);
+  fs::create_directories(dir_);
+}
+
+TempDir::~TempDir() {
+  std::error_code ec;
+  fs::remove_all(dir_, ec);
+}
+
+void WriteFile(const std::string& path, const std::string& content) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out << content;
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream ss;
+  ss << in.rdbuf();
+  return ss.str();
+}
+
+std::vector<std::string> ReadLines(const std::string& path) {
+  std::vector<std::string> lines;
+  std::ifstream in(path, std::ios::binary);
+  std::string line;
+  while (std::getline(in, line)) lines.push_back(line);
+  return lines;
+}
+
+bool FileExists(const std::string& path) { return fs::exists(path); }
+
+static std::string Quote(const std::string& s) {
+  std::string q = "'";
+  for (char c : s) {
+    if (c == '\'') q += "'\\''";
+    else q += c;
+  }
+  return q + "'";
+}
+
+RunResult RunProgram(const std::string& program, const std::string& stdinText,
+                     const std::string& workingDir, const std::vector<std::string>& args) {
+  TempDir io;
+  std::string inPath = io / "stdin.txt";
+  WriteFile(inPath, stdinText);
+  std::string cmd = "cd " + Quote(workingDir) + " && " + Quote(program);
+  for (const auto& a : args) cmd += " " + Quote(a);
+  cmd += " < " + Quote(inPath) + " 2>&1";
+  RunResult result;
+  FILE* pipe = ::popen(cmd.c_str(), "r");
+  if (!pipe) return result;
+  char buffer[4096];
+  size_t n;
+  while ((n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0) result.output.append(buffer, n);
+  int status = ::pclose(pipe);
+  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return result;
+}
+
+std::string InstallProgram(const std::string& dir) {
+  fs::path exe = QUORIN_BINARY;
+  fs::path target = fs::path(dir) / "QuorinGlyco";
+  fs::copy_file(exe, target, fs::copy_options::overwrite_existing);
+  fs::path table = exe.parent_path() / "MassTable.ini";
+  if (!fs::exists(table)) table = fs::path(QUORIN_SOURCE_DIR) / "data" / "MassTable.ini";
+  fs::copy_file(table, fs::path(dir) / "MassTable.ini", fs::copy_options::overwrite_existing);
+  return target.string();
+}
+
+std::string RealData(const std::string& relative) {
+  return (fs::path(QUORIN_REALDATA_DIR) / relative).string();
+}
+
+}  // namespace testutil

@@ -1,0 +1,44 @@
+#pragma once
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace testutil {
+
+// A fresh directory under the system temp folder, removed with the object.
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+  const std::filesystem::path& path() const { return dir_; }
+  std::string operator/(const std::string& name) const { return (dir_ / name).string(); }
+
+ private:
+  std::filesystem::path dir_;
+};
+
+void WriteFile(const std::string& path, const std::string& content);
+std::string ReadFile(const std::string& path);
+std::vector<std::string> ReadLines(const std::string& path);
+bool FileExists(const std::string& path);
+
+struct RunResult {
+  int exitCode = -1;   // as the shell sees it: -1 shows as 255
+  std::string output;  // standard output and standard error
+};
+
+// Runs `program` in `workingDir` with `stdinText` on standard input.
+RunResult RunProgram(const std::string& program, const std::string& stdinText,
+                     const std::string& workingDir = ".",
+                     const std::vector<std::string>& args = {});
+
+// Copies the built QuorinGlyco and the default MassTable.ini into `dir` and
+// returns the copied executable's path: the program works in its own folder.
+std::string InstallProgram(const std::string& dir);
+
+// Path of a file of the shared real-data collection (may not exist).
+std::string RealData(const std::string& relative);
+
+}  // namespace testutil

@@ -1,0 +1,2 @@
+// Deterministic generator of demo and benchmark datasets (filled in later).
+int main() { return 0; }

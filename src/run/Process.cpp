@@ -1,0 +1,77 @@
+#include "run/Process.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <thread>
+
+void ExitProgram(int status) {
+  std::cout.flush();
+  std::exit(status);
+}
+
+void EnterExecutableFolder() {
+  // The working directory is only checked, as the program always did.
+  char current[4096];
+  if (!::getcwd(current, sizeof current)) {
+    int error = errno;
+    if (error == ERANGE) {
+      char* needed = ::getcwd(nullptr, 0);
+      std::size_t length = needed ? std::char_traits<char>::length(needed) + 1 : 0;
+      std::free(needed);
+      std::cout << "Buffer too small; need " << length << " characters\n";
+    } else {
+      std::cout << "GetCurrentDirectory failed (" << error << ")\n";
+    }
+    ExitProgram(-1);
+  }
+  char exe[4096];
+  ssize_t length = ::readlink("/proc/self/exe", exe, sizeof exe - 1);
+  if (length <= 0) {
+    std::cout << "SetCurrentDirectory failed (" << errno << ")\n";
+    ExitProgram(-1);
+  }
+  std::string folder(exe, static_cast<std::size_t>(length));
+  folder.erase(folder.rfind('/') + 1);  // keep the trailing separator
+  if (::chdir(folder.c_str()) != 0) {
+    std::cout << "SetCurrentDirectory failed (" << errno << ")\n";
+    ExitProgram(-1);
+  }
+}
+
+PathKind GetPathKind(const std::string& path) {
+  struct stat info;
+  if (::stat(path.c_str(), &info) != 0) return PathKind::Missing;
+  if (S_ISREG(info.st_mode)) return PathKind::File;
+  if (S_ISDIR(info.st_mode)) return PathKind::Directory;
+  return PathKind::Other;
+}
+
+std::vector<std::string> ListDirectory(const std::string& path) {
+  std::vector<std::string> names;
+  std::error_code error;
+  for (std::filesystem::directory_iterator it(path, error), end; !error && it != end;
+       it.increment(error)) {
+    names.push_back(it->path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::size_t LastSeparator(const std::string& path) {
+  std::size_t slash = path.rfind('/');
+  std::size_t backslash = path.rfind('\\');
+  if (slash == std::string::npos) return backslash;
+  if (backslash == std::string::npos) return slash;
+  return std::max(slash, backslash);
+}
+
+void SleepMilliseconds(unsigned milliseconds) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <string>
 
 // Annotation codes of a peak.
 enum PeakType : int32_t {
@@ -17,6 +18,9 @@ struct CPeak {
   uint32_t position = 0;  // b/y: fragment length in residues; Y: Y index 0..5
   uint32_t charge = 0;
   uint32_t count = 1;     // in how many merged spectra the peak was seen
+
+  // Ion name as the search reports it: type letter, position, one "+" per charge (b3+, y11++).
+  std::string GetIonName() const;
 };
 
 // The three peak orders; each is a strict comparison for an unstable sort.

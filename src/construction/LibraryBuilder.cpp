@@ -1,0 +1,88 @@
+// The construction stage driver: the order of the steps and the per-peptide loop.
+#include "construction/LibraryBuilder.h"
+
+#include <iostream>
+#include <string>
+
+#include "molecule/MassTable.h"
+#include "run/Motif.h"
+#include "run/Process.h"
+
+namespace {
+
+constexpr std::size_t kProgressStep = 1000;
+
+// Target fields that come from the identification list, not the consensus.
+void CopyPeptideFields(const CIdentifiedPeptide& peptide, CSpectrum& target) {
+  target.sequence = peptide.sequence;
+  target.modifications = peptide.modifications;
+  target.charge = static_cast<uint32_t>(peptide.charge);
+  target.proteinAC = peptide.proteinAC;
+  target.prevAA = peptide.prevAA;
+  target.lastAA = peptide.lastAA;
+  target.startPosition = peptide.startPosition;
+  target.motifs = peptide.motifs;
+}
+
+}  // namespace
+
+void CLibraryBuilder::Construct() {
+  std::cout << std::endl << ">> Constructing:" << std::endl;
+  SleepMilliseconds(1000);
+
+  analyzer.Init(param);
+  CMassTableFile tableFile;
+  tableFile.filename = param.mass_table_filename;
+  tableFile.Load(calculator.massTable);
+  library.OpenWrite(param.output_speclib_filename);
+
+  analyzer.LoadIdentified();
+  analyzer.SplitMultiSite();
+  const std::size_t n = analyzer.peptides.size();
+  analyzer.WriteComposition(n);
+
+  std::cout << "\tGenerating library spectra: " << std::endl;
+  // Two work records for all peptides: their vectors keep their capacity.
+  CSpectrum target;
+  CSpectrum decoy;
+  for (std::size_t i = 1; i <= n; ++i) {
+    const CIdentifiedPeptide& peptide = analyzer.peptides[i - 1];
+    if (!analyzer.BuildConsensus(peptide)) continue;
+    target = analyzer.spectra[0];
+    target.name = std::to_string(i);
+    CopyPeptideFields(peptide, target);
+    FinishEntry(target, decoy);
+    target.SortPeaksByMz();
+    library.WriteOne(target);
+    decoy.SortPeaksByMz();
+    library.WriteOne(decoy);
+    if (i % kProgressStep == 0) std::cout << "\t\t" << i << " / " << n << std::endl;
+  }
+
+  analyzer.spectra.clear();
+  analyzer.ClosePool();
+  library.CloseWrite();
+  std::cout << "\t\t" << n << " / " << n << std::endl;
+  std::cout << "    --- Complete!" << std::endl << std::endl;
+}
+
+void CLibraryBuilder::FinishEntry(CSpectrum& target, CSpectrum& decoy) {
+  AnnotateSpectrum(target);
+  const std::string& removed = param.modification_remove;
+  if (!removed.empty()) {
+    const std::string acceptors = MotifAcceptorLetters(param.GetMotifRegex());
+    for (std::size_t m = 0; m < target.modifications.size();) {
+      const CModification& mod = target.modifications[m];
+      if (mod.name == removed &&
+          IsGlycoSiteMark(target.sequence, target.lastAA, mod.position, acceptors)) {
+        RemoveModification(target, m);  // the next one moves into index m
+      } else {
+        ++m;
+      }
+    }
+  }
+  decoy = target;
+  MakeDecoy(decoy);
+  AddYIons(target, param.added_Y_ions, param.Y_ion_relative_intensity);
+  AddYIons(decoy, param.added_Y_ions, param.Y_ion_relative_intensity);
+}

@@ -1,0 +1,71 @@
+#include "search/LibrarySearcher.h"
+
+#include <iostream>
+
+CLibrarySearcher::~CLibrarySearcher() {
+  delete batch.reader;
+  batch.reader = nullptr;
+  if (resultFile.is_open()) resultFile.close();
+}
+
+void CLibrarySearcher::Init(const CSearchParam& settings) {
+  param = settings;
+  library.Init(param.input_speclib_filename);
+  batch.Init(param);
+  matcher.Init(512);
+  WriteHeader();
+  candidates.reserve(1024);
+  glycanLists.reserve(1024, 4096);
+  results.reserve(batch.batchSize);
+}
+
+void CLibrarySearcher::Run() {
+  std::cout << ">> Searching:\n"
+            << "\tLoading library spectra: \n"
+            << "\t\t" << param.input_speclib_filename << std::endl;
+  library.Load();
+  std::cout << "\t\t" << library.spectra.size() << " library spectra have been loaded.\n"
+            << "\t--- Complete! \n";
+  std::cout << "\tSearching " << batch.datasets.size() << " query datasets: " << std::endl;
+  for (std::size_t i = 0; i < batch.datasets.size(); ++i) {
+    std::cout << "\t\tDatasets_" << (i + 1) << ": " << batch.datasets[i].pathname << std::endl;
+    SearchDataset(batch.datasets[i]);
+  }
+}
+
+void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
+  delete batch.reader;
+  batch.reader = CreateSpecIO(dataset.format);
+  uint32_t total = 0;
+  if (batch.reader != nullptr) {
+    batch.reader->OpenRead(dataset.pathname);
+    total = batch.reader->Count();
+  }
+  uint32_t kept = 0;
+  for (;;) {
+    batch.spectra.clear();
+    while (batch.reader != nullptr && batch.spectra.size() < batch.batchSize) {
+      const std::size_t before = batch.spectra.size();
+      if (!batch.reader->ReadNext(batch.spectra)) break;
+      // A failed read adds nothing; a rejected spectrum leaves at once and does
+      // not count towards the batch.
+      if (batch.spectra.size() > before && !batch.IsGlycoSpectrum(batch.spectra.back()))
+        batch.spectra.pop_back();
+    }
+    batch.Prepare();
+    results.clear();
+    for (CSpectrum& query : batch.spectra) {
+      candidates.clear();
+      glycanLists.clear();
+      library.SelectCandidates(query, candidates, glycanLists);
+      results.push_back(matcher.Match(query, candidates, glycanLists));
+    }
+    WriteResults();
+    kept += static_cast<uint32_t>(batch.spectra.size());
+    std::cout << "\t\tSpectra: " << kept << "/" << total << std::endl;
+    // The empty batch that ends a dataset goes through every step above, so
+    // the last progress line repeats the one before it.
+    if (batch.spectra.empty()) break;
+  }
+  std::cout << "    --- Complete!\n" << std::endl;
+}

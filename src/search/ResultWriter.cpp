@@ -1,0 +1,104 @@
+// The result file of the search: a header line, then one tab-separated line of
+// 27 columns for each query that found a match worth reporting.
+#include <cstdio>
+#include <iostream>
+#include <string>
+
+#include "molecule/Modification.h"
+#include "run/Param.h"
+#include "run/Process.h"
+#include "run/StringUtil.h"
+#include "search/LibrarySearcher.h"
+
+const char* const kSearchResultHeader =
+    "QuerySpecName\tLibSpecName\tQueryPrecursorMH\tLibPrecursorMH\tCharge\tSequence\t"
+    "Modification\tMassShift\tGlycanMass\tGlycanName\tGlycoLoc\tMotif\tLibCandidateNum\t"
+    "MatchedYIonNum\tMatchedYIonIntSum\tMatchedPepIonNum\tMatchedPepIonIntSum\tDPS\tPS\t"
+    "QuorinGlyco_Score\tTarget/DecoyHit\tDPSIon\tPSIon\tProteinAC\tPrevAminoAcid\t"
+    "LastAminoAcid\tStartPositions";
+
+namespace {
+// A result line is written only above this score.
+constexpr double kMinimalReportedScore = 0.00001;
+
+// Fixed notation with 5 digits after the point, as the stream would print it.
+void AppendFixed(std::string& line, double value) {
+  char text[400];  // room for the largest double in fixed notation
+  std::snprintf(text, sizeof text, "%.5f", value);
+  line += text;
+}
+
+void AppendField(std::string& line, const std::string& value) {
+  line += value;
+  line += '\t';
+}
+}  // namespace
+
+void CLibrarySearcher::WriteHeader() {
+  resultFile.open(param.output_result_filename, std::ios::out | std::ios::trunc);
+  if (!resultFile.is_open()) {
+    std::cout << "Output search result error: failed to open file "
+              << param.output_result_filename << std::endl;
+    ExitProgram(1);
+  }
+  resultFile << kSearchResultHeader << '\n';
+}
+
+void CLibrarySearcher::FormatResultLine(const CSpectralMatch& match, std::string& line) {
+  const CSpectrum& q = *match.query;
+  const CSpectrum& l = *match.library;
+  line.clear();
+  AppendField(line, q.name);
+  AppendField(line, l.name);
+  AppendFixed(line, q.precursorMass);
+  line += '\t';
+  AppendFixed(line, l.precursorMass);
+  line += '\t';
+  AppendField(line, std::to_string(q.charge));
+  AppendField(line, l.sequence);
+  AppendField(line, ModificationsToString(l.modifications));
+  AppendFixed(line, q.precursorMass - l.precursorMass);
+  line += '\t';
+  AppendFixed(line, match.glycanMass);
+  line += '\t';
+  AppendField(line, match.glycanName);
+  AppendField(line, match.glycoLoc);
+  // The motif of the reported site: the last one whose position reads as the
+  // site text; a site with a trailing comma matches none and the first stands.
+  const std::string* motif = nullptr;
+  if (!l.motifs.empty()) motif = &l.motifs.front().sequon;
+  for (const CGlycoSite& site : l.motifs)
+    if (std::to_string(site.position) == match.glycoLoc) motif = &site.sequon;
+  AppendField(line, motif != nullptr ? *motif : std::string());
+  AppendField(line, std::to_string(match.candidateCount));
+  AppendField(line, std::to_string(match.matchedYIonCount));
+  AppendFixed(line, match.matchedYIonIntensity);
+  line += '\t';
+  AppendField(line, std::to_string(match.matchedPeptideIonCount));
+  AppendFixed(line, match.matchedPeptideIonIntensity);
+  line += '\t';
+  AppendFixed(line, match.dps);
+  line += '\t';
+  AppendFixed(line, match.ps);
+  line += '\t';
+  AppendFixed(line, match.score);
+  line += '\t';
+  AppendField(line, HasAffix(false, true, l.name, kDecoyPrefix) ? "D" : "T");
+  AppendField(line, match.dpsIons);
+  AppendField(line, match.psIons);
+  AppendField(line, l.proteinAC);
+  AppendField(line, l.prevAA);
+  AppendField(line, l.lastAA);
+  line += std::to_string(l.startPosition);
+}
+
+void CLibrarySearcher::WriteResults() {
+  resultFile.setf(std::ios::fixed, std::ios::floatfield);
+  resultFile.precision(5);
+  for (const CSpectralMatch& match : results) {
+    if (!(match.score > kMinimalReportedScore) || match.library == nullptr) continue;
+    FormatResultLine(match, lineBuffer);
+    lineBuffer += '\n';
+    resultFile.write(lineBuffer.data(), static_cast<std::streamsize>(lineBuffer.size()));
+  }
+}

@@ -1,0 +1,63 @@
+#pragma once
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "molecule/MassTable.h"
+#include "run/Param.h"
+#include "search/GlycanLists.h"
+#include "spectrum/SpecIO.h"
+#include "spectrum/Spectrum.h"
+
+// One row entry of the mass index.
+struct CLibraryIndexEntry {
+  double mass = 0.0;           // the spectrum's precursorMass
+  uint32_t spectrumIndex = 0;  // index into CSpectralLibrary::spectra
+};
+
+// All library spectra of the search stage, prepared for matching, with a mass
+// index per precursor charge and the glycan table.
+class CSpectralLibrary {
+ public:
+  // Sets the members, reads "MassTable.ini" and sorts its glycan table.
+  void Init(const std::string& pathname);
+  // Reads and prepares every spectrum, builds massIndex.
+  void Load();
+  // Builds massIndex (and the look-up aids of SelectCandidates) from `spectra`
+  // and the glycan table; Load ends with it.
+  void BuildIndex();
+  // Appends every library entry whose mass difference to the query fits a glycan
+  // (NeuAc glycans only for a query with hasNeuAc), rows 1..maxCharge in order,
+  // ascending mass within a row, with its fitting glycans in table order.
+  void SelectCandidates(const CSpectrum& query, std::vector<CSpectrum*>& candidates,
+                        CGlycanLists& glycanLists);
+  // The same selection by walking every lighter entry of every row, as the
+  // rule reads; kept as the reference that the fast selection is tested and
+  // measured against.
+  void SelectCandidatesByWalk(const CSpectrum& query, std::vector<CSpectrum*>& candidates,
+                              CGlycanLists& glycanLists);
+
+  std::vector<CSpectrum> spectra;
+  CSpecIO* reader = nullptr;  // set only during Load
+  CDatasetFile file;
+  double minMz = 0.0;
+  double maxMz = 2500.0;
+  uint32_t maxCharge = 8;
+  std::vector<std::vector<CLibraryIndexEntry>> massIndex;
+  CMassTable massTable;
+
+ private:
+  // Prepares one spectrum: m/z range, count of annotated peaks, unit length.
+  void PrepareSpectrum(CSpectrum& spectrum) const;
+  // Appends the entry as a candidate when a permitted glycan fits its delta.
+  void TestEntry(const CSpectrum& query, double tolerance, const CLibraryIndexEntry& entry,
+                 std::vector<CSpectrum*>& candidates, CGlycanLists& glycanLists);
+
+  // Work storage of SelectCandidates.
+  std::vector<uint32_t> hits;
+  // Distinct glycan masses, descending: of all glycans, and of those without
+  // NeuAc; and the largest magnitude among them.
+  std::vector<double> probesAll;
+  std::vector<double> probesWithoutNeuAc;
+  double largestGlycanMass = 0.0;
+};

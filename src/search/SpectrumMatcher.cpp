@@ -1,0 +1,234 @@
+#include "search/SpectrumMatcher.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "run/Param.h"
+
+namespace {
+// A glycan whose mass differs from the shift by this much or more never
+// displaces the first glycan of a candidate's list.
+constexpr double kGlycanChoiceStart = 100.0;
+// PS: the m/z span over which random matches are spread, and the m/z at which
+// a ppm tolerance is taken.
+constexpr double kRandomMatchSpan = 2000.0;
+constexpr double kPpmReferenceMz = 1000.0;
+
+// NaN scores (possible only for degenerate spectra) rank last instead of
+// breaking the sort.
+inline double RankingScore(double score) { return std::isnan(score) ? -INFINITY : score; }
+}  // namespace
+
+void CSpectrumMatcher::Init(std::size_t capacity) {
+  current.Reset();
+  matches.clear();
+  matches.reserve(capacity);
+  matchCount = 0;
+  order.clear();
+  order.reserve(capacity);
+  ionScratch.reserve(64);
+}
+
+void CSpectrumMatcher::AddMatch(const CSpectralMatch& record) {
+  if (matchCount < matches.size()) matches[matchCount] = record;  // reuses the room
+  else matches.push_back(record);
+  ++matchCount;
+}
+
+uint32_t CSpectrumMatcher::HighestFragmentCharge(uint32_t queryCharge) {
+  switch (queryCharge) {
+    case 1: return 1;
+    case 2:
+    case 3: return 2;
+    case 4: return 3;
+    default: return 4;  // 0 and 5 upwards
+  }
+}
+
+CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
+                                       const std::vector<CSpectrum*>& candidates,
+                                       const CGlycanLists& glycanLists) {
+  // A prepared query is in this order already; sorting again could only shuffle
+  // peaks of equal intensity across the top-peak boundary.
+  if (!std::is_sorted(query.peaks.begin(), query.peaks.end(), ByIntensity))
+    std::sort(query.peaks.begin(), query.peaks.end(), ByIntensity);
+  current.Reset();
+  current.query = &query;
+  ClearMatches();
+  if (candidates.empty()) return current;
+
+  for (std::size_t i = 0; i < candidates.size(); ++i) {
+    const CGlycan* choice = nullptr;
+    if (i < glycanLists.size()) {
+      auto list = glycanLists[i];
+      if (!list.empty()) choice = list[0];
+      if (list.size() > 1) {
+        const double delta = query.precursorMass - candidates[i]->precursorMass;
+        double best = kGlycanChoiceStart;
+        for (const CGlycan* glycan : list) {
+          const double difference = std::fabs(delta - glycan->mass);
+          if (difference < best) {  // strictly: the earlier glycan wins a tie
+            best = difference;
+            choice = glycan;
+          }
+        }
+      }
+    }
+    if (choice != nullptr) {
+      current.glycanName = choice->name;
+      current.glycanMass = choice->mass;
+    } else {
+      current.glycanName.clear();
+      current.glycanMass = 0.0;
+    }
+    ScoreCandidate(query, *candidates[i]);
+  }
+
+  ComputeScores(query.topPeakCount);
+
+  // Descending score; ties keep candidate order, one of the orders allowed.
+  order.resize(matchCount);
+  for (std::size_t i = 0; i < matchCount; ++i) order[i] = static_cast<uint32_t>(i);
+  std::sort(order.begin(), order.end(), [this](uint32_t a, uint32_t b) {
+    const double sa = RankingScore(matches[a].score), sb = RankingScore(matches[b].score);
+    return sa > sb || (sa == sb && a < b);
+  });
+
+  const int32_t minimalIons = CParam::GetInstance().search.minimal_peptide_ions;
+  std::size_t chosen = matchCount;
+  for (uint32_t index : order) {
+    if (matches[index].matchedPeptideIonCount >= minimalIons) {
+      chosen = index;
+      break;
+    }
+  }
+  if (chosen < matchCount) {
+    current = matches[chosen];
+  } else {
+    current = matches[order[0]];
+    current.score = -1.0;
+  }
+  current.candidateCount = static_cast<int32_t>(matchCount);
+  ClearMatches();
+  NameMatchedIons();
+  AssignSite();
+  return current;
+}
+
+void CSpectrumMatcher::ScoreCandidate(const CSpectrum& query, CSpectrum& library) {
+  library.ResetPeakUsed();
+  const double shift = query.precursorMass - library.precursorMass;
+  current.library = &library;
+  current.libraryPeakCount = static_cast<int32_t>(library.topPeakCount);
+  current.matchedTopPeakCount = 0;
+  current.dps = 0.0;
+  current.glycoLoc.clear();
+  current.dpsIons.clear();
+  current.psIons.clear();
+  current.dpsPairs.clear();
+  current.psPairs.clear();
+
+  const CSearchParam& search = CParam::GetInstance().search;
+  const double toleranceValue = search.query_product_ion_tolerance;
+  const int32_t toleranceUnit = search.query_product_ion_unit;
+  const uint32_t highestCharge = HighestFragmentCharge(query.charge);
+
+  const std::vector<CPeak>& queryPeaks = query.peaks;
+  for (std::size_t q = 0; q < queryPeaks.size(); ++q) {
+    const CPeak& peak = queryPeaks[q];
+    const double tolerance = ToleranceInDa(toleranceValue, toleranceUnit, peak.mz);
+    const int l = library.FindShiftedPeak(peak.mz, tolerance, highestCharge, shift);
+    // An unannotated library peak stays marked even though it does not count.
+    if (l < 0 || library.peaks[static_cast<std::size_t>(l)].type == kPeakUnannotated) continue;
+    const auto pair = std::make_pair(static_cast<uint32_t>(q), static_cast<uint32_t>(l));
+    current.dpsPairs.push_back(pair);
+    const double mean = (library.peaks[static_cast<std::size_t>(l)].intensity + peak.intensity) * 0.5;
+    current.dps += mean * mean;
+    if (q < query.topPeakCount) {
+      ++current.matchedTopPeakCount;
+      current.psPairs.push_back(pair);
+    }
+  }
+
+  double total = 0.0;
+  for (const CPeak& peak : queryPeaks) total += peak.intensity * peak.intensity;
+  int32_t yIons = 0, peptideIons = 0;
+  double yIntensity = 0.0, peptideIntensity = 0.0;
+  for (const auto& [q, l] : current.dpsPairs) {
+    const int32_t type = library.peaks[l].type;
+    const double squared = queryPeaks[q].intensity * queryPeaks[q].intensity;
+    if (type == kPeakYCore) {
+      ++yIons;
+      yIntensity += squared;
+    } else if (type == kPeakB || type == kPeakY) {
+      ++peptideIons;
+      peptideIntensity += squared;
+    }
+  }
+  current.matchedYIonCount = yIons;
+  current.matchedPeptideIonCount = peptideIons;
+  current.matchedYIonIntensity = total != 0.0 ? yIntensity / total : 0.0;
+  current.matchedPeptideIonIntensity = total != 0.0 ? peptideIntensity / total : 0.0;
+  // The ion names are built only for the record that Match returns: they take
+  // no part in the choice, and naming every candidate would cost more than
+  // scoring it.
+  AddMatch(current);
+}
+
+void CSpectrumMatcher::NameMatchedIons() {
+  current.dpsIons.clear();
+  current.psIons.clear();
+  if (current.library == nullptr) return;
+  const std::vector<CPeak>& peaks = current.library->peaks;
+  auto name = [&](const std::vector<std::pair<uint32_t, uint32_t>>& pairs, std::string& out) {
+    ionScratch.clear();
+    for (const auto& pair : pairs) ionScratch.push_back(peaks[pair.second]);
+    std::sort(ionScratch.begin(), ionScratch.end(), [](const CPeak& a, const CPeak& b) {
+      if (a.type != b.type) return a.type < b.type;
+      if (a.charge != b.charge) return a.charge < b.charge;
+      return a.position < b.position;
+    });
+    for (const CPeak& peak : ionScratch) {
+      out += peak.GetIonName();
+      out += ';';
+    }
+  };
+  name(current.dpsPairs, current.dpsIons);
+  name(current.psPairs, current.psIons);
+}
+
+uint32_t CSpectrumMatcher::BinomialCoefficient(uint32_t n, uint32_t k) {
+  const uint32_t m = std::min(k, n - k);
+  uint32_t c = 1;
+  for (uint32_t i = 0; i < m; ++i) c = (n - i) * c / (i + 1);
+  return c;
+}
+
+double CSpectrumMatcher::BinomialTail(uint32_t n, uint32_t k0, double p) {
+  const double q = 1.0 - p;
+  double sum = 0.0;
+  for (uint32_t k = k0; k <= n; ++k) {
+    const double pk = k == 2 ? p * p : std::pow(p, static_cast<double>(k));
+    const uint32_t rest = n - k;
+    const double qk = rest == 2 ? q * q : std::pow(q, static_cast<double>(rest));
+    sum += static_cast<double>(BinomialCoefficient(n, k)) * pk * qk;
+  }
+  return sum;
+}
+
+void CSpectrumMatcher::ComputeScores(uint32_t topPeaks) {
+  const CSearchParam& search = CParam::GetInstance().search;
+  const double tolerance = ToleranceInDa(search.query_product_ion_tolerance,
+                                         search.query_product_ion_unit, kPpmReferenceMz);
+  const double share = 2.0 * tolerance / kRandomMatchSpan;
+  for (std::size_t i = 0; i < matchCount; ++i) {
+    CSpectralMatch& record = matches[i];
+    const double p = record.libraryPeakCount * share;
+    const uint32_t k0 = record.matchedTopPeakCount > 0
+                            ? static_cast<uint32_t>(record.matchedTopPeakCount) : 0;
+    const double tail = BinomialTail(topPeaks, k0, p);
+    const double s = -std::log(tail);
+    record.ps = s > 0.0 ? std::pow(s, 0.5) : 0.0;  // NaN is not positive
+    record.score = record.ps * record.dps;
+  }
+}

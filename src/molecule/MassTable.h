@@ -11,6 +11,8 @@
 class CMassTable {
  public:
   void SetEntry(int kind, const std::string& key, double mass);
+  // Empties the map of that kind (0 to 3); any other kind does nothing.
+  void ClearEntries(int kind);
   void AddGlycan(const std::string& composition, double mass);
   void SortGlycans();
   // Copies of the glycans with mass in (mass - tolerance, mass + tolerance].
@@ -25,6 +27,8 @@ class CMassTable {
   double Modification(const std::string& key) const;
   double Glyco(const std::string& key) const;
 
+  // Change aminoAcids through SetEntry and ClearEntries only: AminoAcid(char)
+  // reads a per-letter copy of its one-letter keys.
   std::map<std::string, double> aminoAcids;
   std::map<std::string, double> molecules;
   std::map<std::string, double> modifications;

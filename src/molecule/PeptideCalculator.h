@@ -22,4 +22,9 @@ class CPeptideCalculator {
   CMassTable massTable;
   std::vector<double> prefixMass = std::vector<double>(kMaxLength + 1, 0.0);  // index 1..length
   uint32_t length = 0;
+
+ private:
+  // Molecule masses read by SetPeptide for the fragments of that peptide.
+  double waterMass_ = 0.0;
+  double protonMass_ = 0.0;
 };

@@ -1,5 +1,23 @@
 #include "fdr/FdrStage.h"
 
+#include <cstdio>
+#include <string>
+
+#include "fdr/FdrEstimator.h"
+#include "run/Process.h"
+
 void RunFdr(const CSearchParam& settings) {
   if (!settings.enabled) return;
+  const std::string& resultPath = settings.output_result_filename;
+  // The search's lines move to the temporary file and are written back ranked;
+  // if the run ends in between, they are still there.
+  const std::string tmpPath = resultPath + ".tmp";
+  std::remove(tmpPath.c_str());
+  // A directory in the result's place is left where it is; the load then
+  // reports the missing temporary file.
+  if (GetPathKind(resultPath) != PathKind::Directory)
+    std::rename(resultPath.c_str(), tmpPath.c_str());
+  CFdrEstimator estimator(tmpPath, resultPath, 1);
+  estimator.Estimate();
+  std::remove(tmpPath.c_str());
 }

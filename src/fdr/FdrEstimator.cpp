@@ -1,0 +1,187 @@
+#include "fdr/FdrEstimator.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <memory>
+#include <utility>
+
+#include "fdr/ResultLineScan.h"
+#include "run/Process.h"
+
+const char* const kFdrResultHeader =
+    "QuerySpecName\tLibSpecName\tQueryPrecursorMH\tLibPrecursorMH\tCharge\tSequence\tModification\t"
+    "MassShift\tGlycanMass\tGlycanName\tGlycoLoc\tMotif\tLibCandidateNum\tMatchedYIonNum\t"
+    "MatchedYIonIntSum\tMatchedPepIonNum\tMatchedPepIonIntSum\tDPS\tPS\tQuorinGlyco_Score\t"
+    "Target/DecoyHit\tDPSIon\tPSIon\tProteinAC\tPreviousAminoAcid\tLastTwoAminoAcid\t"
+    "StartPositions\tFDR";
+
+namespace {
+
+// A data line shorter than this (an empty line, say) holds no hit.
+constexpr std::size_t kMinimalDataLine = 10;
+constexpr std::size_t kIoChunk = 1 << 20;
+
+[[noreturn]] void FailOnResultFile(const std::string& path) {
+  std::cout << "Identification result file load error: failed to open result file " << path
+            << std::endl;
+  ExitProgram(1);
+}
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
+
+// Calls onLine for each line of the file, without its line end; LF and CRLF end
+// a line alike. Lines of any length are delivered whole: a result line never
+// gets cut into pieces that would each become a line of their own. A read error
+// ends the reading like the end of the file.
+template <typename OnLine>
+void ForEachLine(std::FILE* file, OnLine onLine) {
+  std::unique_ptr<char[]> chunk(new char[kIoChunk]);
+  std::string pending;
+  auto deliver = [&](const char* begin, std::size_t length) {
+    if (length > 0 && begin[length - 1] == '\r') --length;
+    onLine(begin, length);
+  };
+  std::size_t count;
+  while ((count = std::fread(chunk.get(), 1, kIoChunk, file)) > 0) {
+    const char* p = chunk.get();
+    const char* end = p + count;
+    while (p < end) {
+      const char* newline = static_cast<const char*>(std::memchr(p, '\n', end - p));
+      if (!newline) {
+        pending.append(p, end);
+        break;
+      }
+      if (pending.empty()) {
+        deliver(p, static_cast<std::size_t>(newline - p));
+      } else {
+        pending.append(p, newline);
+        deliver(pending.data(), pending.size());
+        pending.clear();
+      }
+      p = newline + 1;
+    }
+  }
+  if (!pending.empty()) deliver(pending.data(), pending.size());
+}
+
+// Descending score; a score that isn't a number (from a damaged line) goes
+// last, so the order stays a strict weak ordering.
+bool HigherScore(const CFdrRecord& a, const CFdrRecord& b) {
+  if (std::isnan(a.score)) return false;
+  if (std::isnan(b.score)) return true;
+  return a.score > b.score;
+}
+
+bool LowerFdr(const CFdrRecord& a, const CFdrRecord& b) { return a.fdr < b.fdr; }
+
+double ForwardEstimate(double decoys, double targets, int32_t formula) {
+  switch (formula) {
+    case 1:
+      return targets > decoys ? decoys / targets : 1.0;
+    case 2:
+      return 2.0 * decoys / (decoys + targets);
+    default:
+      return 0.0;
+  }
+}
+
+}  // namespace
+
+CFdrEstimator::CFdrEstimator(std::string input, std::string output, int32_t estimateFormula)
+    : inputPath(std::move(input)), outputPath(std::move(output)), formula(estimateFormula) {
+  records.reserve(kReservedRecords);
+}
+
+void CFdrEstimator::Estimate() {
+  std::cout << ">> Estimating FDR." << std::endl;
+  Load();
+  Rank();
+  Write();
+  std::cout << "    ---- Complete!" << std::endl << std::endl;
+}
+
+void CFdrEstimator::Load() {
+  // A directory opens like a file here but can't be read: it is no result file.
+  if (GetPathKind(inputPath) == PathKind::Directory) FailOnResultFile(inputPath);
+  FilePtr file(std::fopen(inputPath.c_str(), "rb"));
+  if (!file) FailOnResultFile(inputPath);
+  bool header = true;
+  ForEachLine(file.get(), [&](const char* text, std::size_t length) {
+    if (header) {
+      header = false;
+      return;
+    }
+    if (length < kMinimalDataLine) return;
+    CFdrRecord& record = records.emplace_back();
+    record.line.assign(text, length);
+    CResultLineFields fields = ScanResultLine(record.line);
+    record.charge = fields.charge;
+    record.massShift = fields.massShift;
+    record.score = fields.score;
+    record.isDecoy = fields.hitKind == 'D';
+  });
+}
+
+void CFdrEstimator::Rank() {
+  // Any order of equal scores is correct; the stable sort keeps them in file
+  // order so that a run is reproducible.
+  std::stable_sort(records.begin(), records.end(), HigherScore);
+  AssignFdr(records, formula);
+  // After the backward pass the estimates already ascend along the score order;
+  // the stable sort by FDR only matters if that ever changes.
+  if (!std::is_sorted(records.begin(), records.end(), LowerFdr))
+    std::stable_sort(records.begin(), records.end(), LowerFdr);
+}
+
+void CFdrEstimator::AssignFdr(std::vector<CFdrRecord>& records, int32_t formula) {
+  double targets = 0.0, decoys = 0.0;
+  for (CFdrRecord& record : records) {
+    if (record.isDecoy) decoys += 1.0;
+    else targets += 1.0;
+    record.fdr = ForwardEstimate(decoys, targets, formula);
+  }
+  double running = 1.0;
+  for (auto it = records.rbegin(); it != records.rend(); ++it) {
+    if (running > it->fdr) running = it->fdr;
+    else it->fdr = running;
+  }
+}
+
+void CFdrEstimator::Write() const {
+  FilePtr file(std::fopen(outputPath.c_str(), "wb"));
+  if (!file) FailOnResultFile(outputPath);
+  std::string buffer;
+  buffer.reserve(kIoChunk + 8192);
+  bool failed = false;
+  auto flush = [&] {
+    if (!buffer.empty() && std::fwrite(buffer.data(), 1, buffer.size(), file.get()) != buffer.size())
+      failed = true;
+    buffer.clear();
+  };
+  buffer.append(kFdrResultHeader).push_back('\n');
+  char number[64];
+  for (const CFdrRecord& record : records) {
+    buffer.append(record.line).push_back('\t');
+    // Fixed notation, 3 digits after the point, as "%.3f" prints it.
+    auto written = std::to_chars(number, number + sizeof number, record.fdr,
+                                 std::chars_format::fixed, 3);
+    buffer.append(number, written.ptr).push_back('\n');
+    if (buffer.size() >= kIoChunk) flush();
+  }
+  flush();
+  if (std::fclose(file.release()) != 0) failed = true;
+  // The search's lines are still in the input file; it must outlive a write
+  // that didn't complete, so the run ends here with the file kept.
+  if (failed) {
+    std::cout << "Identification result file write error: failed to write result file "
+              << outputPath << std::endl;
+    ExitProgram(1);
+  }
+}

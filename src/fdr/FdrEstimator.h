@@ -1,0 +1,48 @@
+#pragma once
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+// One data line of the result file.
+struct CFdrRecord {
+  std::string line;        // the whole line as read, without its line end
+  bool isDecoy = false;    // column 21 holds D
+  double score = 0.0;      // column 20, as printed (5 decimals)
+  double fdr = 0.0;        // the estimate; not read from the file
+  double massShift = 0.0;  // column 8
+  int32_t charge = 0;      // column 5
+};
+
+// Ranks the lines of a result file by score and gives each a false discovery
+// rate from the running counts of target and decoy hits.
+class CFdrEstimator {
+ public:
+  static constexpr std::size_t kReservedRecords = 4096;
+
+  CFdrEstimator(std::string input, std::string output, int32_t estimateFormula);
+
+  // Load, rank and estimate, write.
+  void Estimate();
+
+  // Reads inputPath into records; ends the program with status 1 when the file
+  // can't be opened.
+  void Load();
+  // Sorts by descending score, runs both passes, orders by ascending FDR.
+  void Rank();
+  // Writes the 28-column file; ends the program with status 1 on failure.
+  void Write() const;
+
+  // Forward pass over the records in their present order (formula 1: D/T while
+  // T > D, else 1; formula 2: 2D/(D+T); others 0), then the backward pass that
+  // gives each record the smallest estimate of itself and all records below it.
+  static void AssignFdr(std::vector<CFdrRecord>& records, int32_t formula);
+
+  std::string inputPath;
+  std::string outputPath;
+  int32_t formula = 1;
+  std::vector<CFdrRecord> records;
+};
+
+// The header of the ranked result file, without line end.
+extern const char* const kFdrResultHeader;

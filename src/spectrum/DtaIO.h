@@ -2,6 +2,7 @@
 #include <string>
 #include <vector>
 
+#include "spectrum/LineReader.h"
 #include "spectrum/SpecIO.h"
 
 // One DTA file, or a directory of ".dta" files listed in name order. Read-only.
@@ -24,4 +25,5 @@ class CDtaIO : public CSpecIO {
   std::string path;  // directory prefix ending in a separator, or empty
   std::vector<std::string> files;
   uint32_t cursor = 0;
+  CLineReader input;  // open only within one ReadByName
 };

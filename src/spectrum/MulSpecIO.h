@@ -1,8 +1,10 @@
 #pragma once
+#include <cstdint>
 #include <fstream>
 #include <map>
 #include <string>
 
+#include "spectrum/LineReader.h"
 #include "spectrum/SpecIO.h"
 
 // Base of the formats that hold many spectra in one file (DTAS, MGF, library).
@@ -31,8 +33,9 @@ class CMulSpecIO : public CSpecIO {
   // Parses one spectrum from the current stream position into `work`.
   virtual bool ParseAtCursor() = 0;
 
-  std::ifstream input;    // binary mode
+  CLineReader input;      // binary mode, byte offsets
   std::ofstream output;   // text mode
   std::map<std::string, std::streamoff> index;
   std::map<std::string, std::streamoff>::iterator cursor = index.end();
+  std::string title;      // name last read by the indexer; a failed scan keeps it
 };

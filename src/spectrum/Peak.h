@@ -24,6 +24,13 @@ struct CPeak {
 };
 
 // The three peak orders; each is a strict comparison for an unstable sort.
-inline bool ByMz(const CPeak& a, const CPeak& b) { return a.mz < b.mz; }
-inline bool ByIntensity(const CPeak& a, const CPeak& b) { return a.intensity > b.intensity; }
+// A NaN (files do carry "NaN" intensities) would break the strict weak order
+// that std::sort relies on and let it run past the range; NaN therefore sorts
+// after every number. For numbers the orders are the plain comparisons.
+inline bool ByMz(const CPeak& a, const CPeak& b) {
+  return a.mz < b.mz || (b.mz != b.mz && a.mz == a.mz);
+}
+inline bool ByIntensity(const CPeak& a, const CPeak& b) {
+  return a.intensity > b.intensity || (b.intensity != b.intensity && a.intensity == a.intensity);
+}
 inline bool ByCount(const CPeak& a, const CPeak& b) { return a.count > b.count; }

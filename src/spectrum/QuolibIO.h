@@ -1,4 +1,6 @@
 #pragma once
+#include <string>
+
 #include "spectrum/MulSpecIO.h"
 
 // The library file (".quolib"): entries of fixed lines, target then decoy.
@@ -13,4 +15,6 @@ class CQuolibIO : public CMulSpecIO {
  protected:
   void BuildIndex() override;
   bool ParseAtCursor() override;
+
+  std::string writeBuffer;  // one entry's text, reused
 };

@@ -133,20 +133,24 @@ void CFdrEstimator::Rank() {
   // Any order of equal scores is correct; the stable sort keeps them in file
   // order so that a run is reproducible.
   std::stable_sort(records.begin(), records.end(), HigherScore);
-  AssignFdr(records, formula);
+  ForwardPass(records, formula);
+  BackwardPass(records);
   // After the backward pass the estimates already ascend along the score order;
   // the stable sort by FDR only matters if that ever changes.
   if (!std::is_sorted(records.begin(), records.end(), LowerFdr))
     std::stable_sort(records.begin(), records.end(), LowerFdr);
 }
 
-void CFdrEstimator::AssignFdr(std::vector<CFdrRecord>& records, int32_t formula) {
+void CFdrEstimator::ForwardPass(std::vector<CFdrRecord>& records, int32_t formula) {
   double targets = 0.0, decoys = 0.0;
   for (CFdrRecord& record : records) {
     if (record.isDecoy) decoys += 1.0;
     else targets += 1.0;
     record.fdr = ForwardEstimate(decoys, targets, formula);
   }
+}
+
+void CFdrEstimator::BackwardPass(std::vector<CFdrRecord>& records) {
   double running = 1.0;
   for (auto it = records.rbegin(); it != records.rend(); ++it) {
     if (running > it->fdr) running = it->fdr;

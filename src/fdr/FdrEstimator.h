@@ -33,10 +33,12 @@ class CFdrEstimator {
   // Writes the 28-column file; ends the program with status 1 on failure.
   void Write() const;
 
-  // Forward pass over the records in their present order (formula 1: D/T while
-  // T > D, else 1; formula 2: 2D/(D+T); others 0), then the backward pass that
-  // gives each record the smallest estimate of itself and all records below it.
-  static void AssignFdr(std::vector<CFdrRecord>& records, int32_t formula);
+  // Forward pass over the records in their present order: running counts T of
+  // targets and D of decoys; formula 1 gives D/T while T > D and 1 otherwise,
+  // formula 2 gives 2D/(D+T), any other formula 0.
+  static void ForwardPass(std::vector<CFdrRecord>& records, int32_t formula);
+  // Gives each record the smallest estimate of itself and all records after it.
+  static void BackwardPass(std::vector<CFdrRecord>& records);
 
   std::string inputPath;
   std::string outputPath;

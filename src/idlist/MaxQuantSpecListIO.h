@@ -12,4 +12,9 @@ class CMaxQuantSpecListIO : public CSpecListIO {
   void RecoverLabels(CIdentifiedSpectrum& record, double mass) const;
 
   CMassTable massTable;
+
+ private:
+  // Adds the labels for a difference `difference` between the row's mass and
+  // the mass of the peptide as known so far (|difference| >= 1.0).
+  void AddLabels(CIdentifiedSpectrum& record, double difference) const;
 };

@@ -1,0 +1,100 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "run/Motif.h"
+#include "run/Param.h"
+
+namespace {
+
+CConstructionParam WithMotifs(const std::string& value) {
+  CConstructionParam param;
+  param.ParseNGlycanMotifs(value);
+  return param;
+}
+
+std::vector<uint32_t> YIons(const std::string& value) {
+  CConstructionParam param;
+  param.added_Y_ions = {9};  // replaced, not appended to
+  param.ParseAddedYIons(value);
+  return param.added_Y_ions;
+}
+
+std::vector<int> Occurrences(const std::string& expression, const std::string& text) {
+  std::vector<int> positions;
+  FindMotifOccurrences(std::regex(expression, std::regex::ECMAScript), text, positions);
+  return positions;
+}
+
+// Death tests watch standard error; the program speaks on standard output.
+void ParseMotifsOnStderr(const std::string& value) {
+  ::dup2(STDERR_FILENO, STDOUT_FILENO);
+  WithMotifs(value);
+}
+void ParseYIonsOnStderr(const std::string& value) {
+  ::dup2(STDERR_FILENO, STDOUT_FILENO);
+  YIons(value);
+}
+
+TEST(MotifParams, MotifListsAndExpressions) {
+  CConstructionParam two = WithMotifs("NXS, NXT");
+  EXPECT_EQ(two.N_glycan_motifs, (std::vector<int32_t>{0, 1}));
+  EXPECT_EQ(two.GetMotifRegex(), "[NJ][^P][ST$]");
+  EXPECT_EQ(two.GetReverseMotifRegex(), "[ST][^P][NJ]");
+  EXPECT_EQ(MotifAcceptorLetters(two.GetMotifRegex()), "ST");
+
+  EXPECT_EQ(WithMotifs("NXS,NXT,").N_glycan_motifs, (std::vector<int32_t>{0, 1}));
+  CConstructionParam all = WithMotifs("NXV,\tNXC ,NXS,NXV");
+  EXPECT_EQ(all.N_glycan_motifs, (std::vector<int32_t>{3, 2, 0, 3}));
+  EXPECT_EQ(all.GetMotifRegex(), "[NJ][^P][VCSV$]");
+  EXPECT_EQ(all.GetReverseMotifRegex(), "[VCSV][^P][NJ]");
+
+  CConstructionParam replaced = two;
+  replaced.ParseNGlycanMotifs("NXC");
+  EXPECT_EQ(replaced.N_glycan_motifs, (std::vector<int32_t>{2}));
+}
+
+TEST(MotifParams, InvalidMotifPiecesEndTheRun) {
+  EXPECT_EXIT(ParseMotifsOnStderr("NXS,,NXT"), testing::ExitedWithCode(1),
+              "^The input N-linked Glycan motif is not valid, please check!\n$");
+  EXPECT_EXIT(ParseMotifsOnStderr("NXS, nxt "), testing::ExitedWithCode(1),
+              "^The input N-linked Glycan motif nxtis not valid, please check!\n$");
+  EXPECT_EXIT(ParseMotifsOnStderr("NXT,NXS NXT"), testing::ExitedWithCode(1),
+              "^The input N-linked Glycan motif NXS NXTis not valid, please check!\n$");
+}
+
+TEST(MotifParams, AddedYIons) {
+  EXPECT_EQ(YIons("Y0,Y1,Y2"), (std::vector<uint32_t>{0, 1, 2}));
+  EXPECT_EQ(YIons("Y1"), (std::vector<uint32_t>{1}));
+  EXPECT_EQ(YIons(" Y5 , Y5"), (std::vector<uint32_t>{5, 5}));
+  EXPECT_EQ(YIons("Y12"), (std::vector<uint32_t>{1}));
+  EXPECT_TRUE(YIons("y1").empty());
+  EXPECT_EQ(YIons("X1,Y,,Yx,3,Y3"), (std::vector<uint32_t>{3}));
+  EXPECT_EXIT(ParseYIonsOnStderr("Y0, Y6"), testing::ExitedWithCode(1),
+              "^The valid Y ions are Y0-Y5, but the input is Y6\n$");
+  EXPECT_EXIT(ParseYIonsOnStderr("Y91"), testing::ExitedWithCode(1),
+              "^The valid Y ions are Y0-Y5, but the input is Y91\n$");
+}
+
+TEST(MotifParams, OccurrencesOverlapAndAcceptJ) {
+  const std::string forward = WithMotifs("NXS,NXT").GetMotifRegex();
+  EXPECT_EQ(Occurrences(forward, "NNST"), (std::vector<int>{0, 1}));
+  EXPECT_EQ(Occurrences(forward, "AJATKNPS"), (std::vector<int>{1}));
+  // The dollar sign inside the bracket is a literal character, not an anchor.
+  EXPECT_EQ(Occurrences(forward, "PEPNA"), (std::vector<int>{}));
+  EXPECT_EQ(Occurrences(forward, "PEPNA$"), (std::vector<int>{3}));
+  EXPECT_EQ(Occurrences(forward, ""), (std::vector<int>{}));
+
+  const std::string reverse = WithMotifs("NXS,NXT").GetReverseMotifRegex();
+  EXPECT_EQ(Occurrences(reverse, "TSNN"), (std::vector<int>{0, 1}));
+  EXPECT_EQ(Occurrences(reverse, "TANSAJ"), (std::vector<int>{0, 3}));
+
+  std::vector<int> appended{7};
+  FindMotifOccurrences(std::regex(forward), "NAS", appended);
+  EXPECT_EQ(appended, (std::vector<int>{7, 0}));
+}
+
+}  // namespace

@@ -182,3 +182,29 @@ TEST(SearchEndToEnd, NoDatasetsAndAnUnwritableResultFile) {
       << failed.output;
   EXPECT_EQ(failed.output.find(">> Searching:"), std::string::npos);
 }
+
+TEST(SearchEndToEnd, DamagedQueriesAndLibraryDoNotStopTheRun) {
+  Installed run;
+  // The hit of q1 at charges 0 and 9, a broken peak line, a block without
+  // peaks, binary noise, and a file that ends inside a block.
+  std::string queries =
+      MgfBlock("a0", "2500.0", {"138.0550 100", "200.0000 80", "1850.0000 60"}) +
+      MgfBlock("a9", "2500.0", {"138.0550 100", "200.0000 80", "1850.0000 60"}) +
+      MgfBlock("b", "1250.50363823506", {"138.0550 100", "200.0000 abc", "x y", "1850.0 60"}) +
+      MgfBlock("c", "1250.50363823506", {});
+  for (auto& block : {std::string("a0"), std::string("a9")}) {
+    const std::string from = "TITLE=" + block + "\nCHARGE=2+";
+    const std::string to = "TITLE=" + block + "\nCHARGE=" + (block == "a0" ? "0" : "9") + "+";
+    queries.replace(queries.find(from), from.size(), to);
+  }
+  for (int i = 0; i < 300; ++i) queries += static_cast<char>((i * 131) % 256);
+  queries += "\nBEGIN IONS\nTITLE=d\nCHARGE=2+\nPEPMASS=1250.5\n138.0550 100\n200.0 5";
+  WriteFile(run.dir / "bad.mgf", queries);
+  WriteFile(run.dir / "lib.quolib", Library() + "ID=3\nSpectrumName=cut\nSequence=PEP\nPeaks=9\n1.0 x");
+  auto result = run.Start({run.dir / "bad.mgf"}, run.dir / "result.txt");
+  ASSERT_EQ(result.exitCode, 0) << result.output;
+  EXPECT_NE(result.output.find("Finish!"), std::string::npos);
+  std::vector<std::string> lines = testutil::ReadLines(run.dir / "result.txt");
+  ASSERT_GE(lines.size(), 1u);
+  for (std::size_t i = 1; i < lines.size(); ++i) EXPECT_EQ(Columns(lines[i]).size(), 28u);
+}

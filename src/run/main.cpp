@@ -5,6 +5,7 @@
 #include "fdr/FdrStage.h"
 #include "run/Param.h"
 #include "run/Process.h"
+#include "run/TextLine.h"
 #include "search/SearchStage.h"
 
 int main() {
@@ -12,9 +13,12 @@ int main() {
   // are taken from the executable's folder, whatever folder we were started in.
   EnterExecutableFolder();
 
+  // The first line of standard input names the configuration file; a CR before
+  // the newline is no part of the name. No path comes near the limit, which only
+  // keeps a stream without line ends from being stored whole.
+  constexpr std::size_t kMaxNameLength = 1 << 16;
   std::string configName;
-  std::getline(std::cin, configName);
-  if (!configName.empty() && configName.back() == '\r') configName.pop_back();
+  ReadLine(std::cin, configName, nullptr, kMaxNameLength);
   if (configName.empty()) {
     std::cout << "Version:\nv" << kVersion << " Release" << std::endl;
     std::cout << "Usage:\nQuorinGlyco_v" << kVersion << ".exe configureFilename" << std::endl;

@@ -2,7 +2,9 @@
 // dataset small enough to follow by hand: one glycopeptide, one query.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -12,9 +14,10 @@
 
 namespace {
 
-// LLNGTEPR with the site at 3; the masses of the fixture table.
+// LLNGTEPR with the site at 3, masses of the fixture table: b2 to b6, y2 to y6.
 const std::vector<double> kFragments = {227.1754,  341.21833, 398.23979, 499.28747, 628.33006,
                                         272.17171, 401.2143,  502.26198, 559.28344, 673.32637};
+const std::vector<bool> kHoldsSite = {false, true, true, true, true, false, false, false, false, true};
 constexpr double kPeptideMH = 899.49449;
 constexpr double kGlycan = 1216.42286;  // 5-2-0-0-0
 constexpr double kMgfProton = 1.00727647012;
@@ -45,21 +48,32 @@ TEST(PipelineRun, LibraryHitOfOneGlycopeptideQuery) {
                       "Spectrum\tCharge\tSequence\tModification\n"
                       "lib1.1.1.2\t2\tLLNGTEPR\t3,N(Deamidated[N]);\n"
                       "lib1.2.2.2\t2\tLLNGTEPR\t3,N(Deamidated[N]);\n");
+  // Library spectra of the deamidated peptide: the fragments that hold
+  // residue 3 carry the mark's mass, which the entry loses again.
+  std::vector<double> libMz;
   std::vector<double> libIntensity;
-  for (std::size_t i = 0; i < kFragments.size(); ++i) libIntensity.push_back(100.0 + 10.0 * i);
-  testutil::WriteFile(dir / "lib1.mgf",
-                      Block("lib1.1.1.2", kPeptideMH + 0.98402, kFragments, libIntensity) +
-                          Block("lib1.2.2.2", kPeptideMH + 0.98402, kFragments, libIntensity));
-
-  // The query: marker oxonium ion, the peptide's fragments, its Y1 ion.
-  std::vector<double> queryMz = {138.054953};
-  std::vector<double> queryIntensity = {1000.0};
   for (std::size_t i = 0; i < kFragments.size(); ++i) {
-    queryMz.push_back(kFragments[i] + 0.003);
-    queryIntensity.push_back(200.0 + 20.0 * i);
+    libMz.push_back(kFragments[i] + (kHoldsSite[i] ? fixtures::kDeamidated : 0.0));
+    libIntensity.push_back(100.0 + 10.0 * i);
   }
-  queryMz.push_back(kPeptideMH + 203.0794);
-  queryIntensity.push_back(300.0);
+  testutil::WriteFile(dir / "lib1.mgf",
+                      Block("lib1.1.1.2", kPeptideMH + fixtures::kDeamidated, libMz, libIntensity) +
+                          Block("lib1.2.2.2", kPeptideMH + fixtures::kDeamidated, libMz,
+                                libIntensity));
+
+  // The query: marker oxonium ion, the peptide's fragments, its Y1 ion, in
+  // ascending m/z as instruments write them.
+  std::vector<std::pair<double, double>> query = {{138.054953, 1000.0},
+                                                  {kPeptideMH + 203.0794, 300.0}};
+  for (std::size_t i = 0; i < kFragments.size(); ++i)
+    query.push_back({kFragments[i] + 0.003, 200.0 + 20.0 * i});
+  std::sort(query.begin(), query.end());
+  std::vector<double> queryMz;
+  std::vector<double> queryIntensity;
+  for (const auto& [mz, intensity] : query) {
+    queryMz.push_back(mz);
+    queryIntensity.push_back(intensity);
+  }
   testutil::WriteFile(dir / "q1.mgf",
                       Block("q1.1.1.2", kPeptideMH + kGlycan, queryMz, queryIntensity));
 
@@ -89,7 +103,7 @@ TEST(PipelineRun, LibraryHitOfOneGlycopeptideQuery) {
   EXPECT_NE(result.output.find("Finish!"), std::string::npos);
 
   const std::vector<std::string> lines = testutil::ReadLines(dir / "result.txt");
-  ASSERT_EQ(lines.size(), 2u) << testutil::ReadFile(dir / "result.txt");
+  ASSERT_EQ(lines.size(), 2u) << result.output;
   EXPECT_EQ(lines[0].rfind("QuerySpecName\tLibSpecName\t", 0), 0u);
   std::vector<std::string> columns;
   Split(lines[1], "\t", columns);

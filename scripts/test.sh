@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds QuorinGlyco with its tests and runs them all.
+# Works from any working directory.
+set -euo pipefail
+
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+"$root/scripts/setup.sh"
+cd "$root"
+cmake -S . -B build -DCMAKE_BUILD_TYPE=Release && cmake --build build -j2 && ctest --test-dir build --output-on-failure

@@ -175,7 +175,7 @@ inline void FillGlycoSpectrum(CDatagenSpectrum& s, const CDatagenPeptide& p, con
   }
 
   double glycoMH = pepMH + glycan.mass;
-  AddNoise(s.peaks, rng.Int(25, 60), 100.0, std::min(high, glycoMH), 0.025, rng);
+  AddNoise(s.peaks, rng.Int(60, 140), 100.0, std::min(high, glycoMH), 0.025, rng);
 
   // The marker must clear 0.3 of the base peak with room to spare.
   double top = 0.0;

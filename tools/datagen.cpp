@@ -260,7 +260,7 @@ int main(int argc, char** argv) {
   {
     COutFile mgf((out / "glyco_run1.mgf").string());
     COutFile truth((out / "truth.tsv").string());
-    std::fputs("Query\tKind\tPeptide\tCharge\tGlycan\tSite\tModification\tInLibrary\n", truth.get());
+    std::fputs("Query\tKind\tPeptide\tCharge\tGlycan\tGlycanMass\tSite\tModification\tInLibrary\n", truth.get());
     uint32_t absentIndex = 0;
     int scan = 0;
     for (std::size_t i = 0; i < kinds.size(); ++i) {
@@ -272,6 +272,7 @@ int main(int argc, char** argv) {
       CDatagenPeptide peptide;
       bool inLibrary = false;
       std::string glycanName = "-";
+      double glycanMass = 0.0;
       int site = 0;
       if (kind == kNoMarker) {
         // An ordinary peptide spectrum: no glycan, no oxonium ions.
@@ -294,6 +295,7 @@ int main(int argc, char** argv) {
         const CDatagenGlycan& glycan =
             chem.glycans[static_cast<std::size_t>(rng.Int(0, static_cast<int>(chem.glycans.size()) - 1))];
         glycanName = glycan.name;
+        glycanMass = glycan.mass;
         site = peptide.sites[0];
         CDatagenIon ion(ResidueMasses(peptide, chem, false), chem);
         int charge = GlycoCharge(ion.MH() + glycan.mass, rng);
@@ -304,8 +306,8 @@ int main(int argc, char** argv) {
       spectrum.title = "glyco_run1." + std::to_string(scan) + "." + std::to_string(scan) + "." +
                        std::to_string(spectrum.charge);
       WriteMgf(mgf.get(), spectrum);
-      std::fprintf(truth.get(), "%s\t%s\t%s\t%d\t%s\t%d\t%s\t%s\n", spectrum.title.c_str(), kKindNames[kind],
-                   peptide.sequence.c_str(), spectrum.charge, glycanName.c_str(), site,
+      std::fprintf(truth.get(), "%s\t%s\t%s\t%d\t%s\t%.6f\t%d\t%s\t%s\n", spectrum.title.c_str(),
+                   kKindNames[kind], peptide.sequence.c_str(), spectrum.charge, glycanName.c_str(), glycanMass, site,
                    LibraryModifications(peptide).c_str(), inLibrary ? "yes" : "no");
     }
   }
@@ -335,6 +337,7 @@ int main(int argc, char** argv) {
     COutFile conf((out / confName).string());
     auto path = [&](const std::string& name) { return (out / name).string(); };
     std::fprintf(conf.get(),
+                 "# Written by quorin_datagen. Paths are absolute: the program works in its own folder.\n"
                  "[construction]\n"
                  "construction = yes\n"
                  "modification_remove = %s\n"
@@ -365,7 +368,8 @@ int main(int argc, char** argv) {
                  "query_product_ion_unit = da\n"
                  "query_product_ion_tolerance = 0.02\n"
                  "output_result_filename = %s\n"
-                 "minimal_peptide_ions = 3\n",
+                 "# two peptide ions let chance hits through, so that decoys give the FDR something to count\n"
+                 "minimal_peptide_ions = 2\n",
                  CDatagenChemistry::kDeamidated, path("lib_ids.txt").c_str(), path("lib_run1.mgf").c_str(),
                  path("lib_run2.mgf").c_str(), path(opt.mode + ".quolib").c_str(), path(fastaName).c_str(),
                  path(opt.mode + ".quolib").c_str(), path("glyco_run1.mgf").c_str(),

@@ -9,6 +9,7 @@
 // The same arguments always give byte-identical files.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -257,6 +258,19 @@ int main(int argc, char** argv) {
   }
   if (singleSite.empty()) Fail("no single-site peptide to make queries from");
 
+  // Peptides "absent" from the library must also differ from every library
+  // peptide in mass: an isobaric one (I for L, VT for LS, ...) would be a fair
+  // candidate with most of its fragments in common.
+  std::vector<double> libraryMasses;
+  for (std::size_t i = 0; i < markedPeptides; ++i)
+    libraryMasses.push_back(CDatagenIon(ResidueMasses(peptides[i], chem, false), chem).MH());
+  std::sort(libraryMasses.begin(), libraryMasses.end());
+  auto nearLibraryMass = [&](double mh) {
+    double tolerance = mh * 20e-6;
+    auto it = std::lower_bound(libraryMasses.begin(), libraryMasses.end(), mh - tolerance);
+    return it != libraryMasses.end() && *it <= mh + tolerance;
+  };
+
   {
     COutFile mgf((out / "glyco_run1.mgf").string());
     COutFile truth((out / "truth.tsv").string());
@@ -285,7 +299,8 @@ int main(int argc, char** argv) {
           do {
             CDatagenRandom pr(opt.seed, kAbsentPeptides, absentIndex++);
             peptide = MakePeptide(pr, 1);
-          } while (keys.count(Key(peptide)));
+          } while (keys.count(Key(peptide)) ||
+                   nearLibraryMass(CDatagenIon(ResidueMasses(peptide, chem, false), chem).MH()));
           keys.insert(Key(peptide));
         } else {
           std::size_t pick = singleSite[static_cast<std::size_t>(rng.Int(0, static_cast<int>(singleSite.size()) - 1))];

@@ -17,7 +17,8 @@ void CConfigFile::Read(const std::string& filename) {
   sections.clear();
   sections.reserve(8);
   std::ifstream in(filename, std::ios::binary);
-  if (!in) {
+  // A directory opens like a file on Linux but can't be read.
+  if (!in || GetPathKind(filename) == PathKind::Directory) {
     std::cout << "Error when reading \"" << filename << "\"." << std::endl;
     ExitProgram(-1);
   }

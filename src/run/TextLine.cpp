@@ -12,16 +12,22 @@ bool ReadLine(std::istream& in, std::string& line, bool* tooLong, std::size_t ma
   bool cut = false;
   // One character more than the limit is kept so that a CR right behind a line
   // of exactly maxLength characters is still recognised as part of the line end.
-  for (;;) {
-    int c = buffer->sbumpc();
-    if (c == std::char_traits<char>::eof()) {
-      in.setstate(std::ios::eofbit);
-      break;
+  // A read error (a directory opened as a file, an I/O fault) ends the line
+  // like the end of the input: libstdc++ reports it by throwing from underflow.
+  try {
+    for (;;) {
+      int c = buffer->sbumpc();
+      if (c == std::char_traits<char>::eof()) {
+        in.setstate(std::ios::eofbit);
+        break;
+      }
+      readAny = true;
+      if (c == '\n') break;
+      if (line.size() <= maxLength) line.push_back(static_cast<char>(c));
+      else cut = true;
     }
-    readAny = true;
-    if (c == '\n') break;
-    if (line.size() <= maxLength) line.push_back(static_cast<char>(c));
-    else cut = true;
+  } catch (const std::ios_base::failure&) {
+    in.setstate(std::ios::eofbit);
   }
   if (!readAny) {
     in.setstate(std::ios::failbit);

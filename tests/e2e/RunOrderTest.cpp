@@ -109,6 +109,11 @@ TEST_F(RunOrder, MissingEmptyAndBinaryConfigurationFiles) {
   EXPECT_EQ(result.output, "Error when reading \"absent.conf\".\n");
   EXPECT_EQ(result.exitCode, 255);
 
+  std::filesystem::create_directory(Beside("folder.conf"));
+  result = Run("folder.conf\n");
+  EXPECT_EQ(result.output, "Error when reading \"folder.conf\".\n");
+  EXPECT_EQ(result.exitCode, 255);
+
   WriteFile(Beside("empty.conf"), "");
   result = Run("empty.conf\n");
   EXPECT_EQ(result.output, Fault("identification_format", "construction"));

@@ -1,12 +1,16 @@
 #include "run/ConfigFile.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "common/TestUtil.h"
 #include "run/StringUtil.h"
+#include "run/TextLine.h"
 
 namespace {
 
@@ -123,6 +127,21 @@ TEST(ConfigFileFailures, UnreadableAndUnwritableFiles) {
         config.Read(missing);
       },
       testing::ExitedWithCode(255), "");
+  // A directory opens like a file on Linux but is no configuration file.
+  std::filesystem::create_directory(dir / "folder.ini");
+  std::string folder = dir / "folder.ini";
+  EXPECT_EXIT(
+      {
+        ::dup2(STDERR_FILENO, STDOUT_FILENO);
+        CConfigFile config;
+        config.Read(folder);
+      },
+      testing::ExitedWithCode(255), "Error when reading \"" + folder + "\"[.]");
+  // Reading lines from it ends at once instead of throwing.
+  std::ifstream in(folder, std::ios::binary);
+  std::string line;
+  EXPECT_FALSE(ReadLine(in, line));
+  EXPECT_TRUE(line.empty());
   std::string unwritable = dir / "no/such/dir.ini";
   EXPECT_EXIT(
       {

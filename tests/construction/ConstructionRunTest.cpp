@@ -200,3 +200,28 @@ TEST(ConstructionRun, BadInputEndsInAnOrderlyWay) {
     EXPECT_NE(result.output.find("Error when opening \"absent.txt\"."), std::string::npos);
   }
 }
+
+TEST(ConstructionRun, RealMgfDatasetWithCrlfLines) {
+  const std::string source = testutil::RealData("crux-toolkit/scaffold_test.mgf");
+  if (!testutil::FileExists(source)) GTEST_SKIP() << "real data file absent";
+  ConstructionRun run;
+  // A dataset name without a point has the empty prefix: it takes every spectrum.
+  testutil::WriteFile(run.dir / "scaffold", testutil::ReadFile(source));
+  run.keys["library_dataset_pathname_1"] = "scaffold";
+  run.keys["identification_number"] = "1";
+  const std::string mark = "\t3\tLLNGTEPR\t3,N(Deamidated[N]);\n";
+  testutil::WriteFile(run.dir / "ids.txt",
+                      std::string(kListHeading) +
+                          "ScaffoldIDNumber_853_o100720_3prot_01.10257.10257.3.dta" + mark +
+                          "ScaffoldIDNumber_877_o100720_3prot_01.8067.8067.3.dta" + mark +
+                          "ScaffoldIDNumber_879_o100720_3prot_01.8061.8061.3.dta\t3\tGNLSAR"
+                          "\t2,N(Deamidated[N]);\n");
+  const testutil::RunResult result = run.Run();
+  ASSERT_EQ(result.exitCode, 0) << result.output;
+  EXPECT_EQ(result.output.find("Unable to load"), std::string::npos) << result.output;
+  const std::vector<std::string> lines = testutil::ReadLines(run.dir / "out.quolib");
+  EXPECT_EQ(Values(lines, "SpectrumName="),
+            (std::vector<std::string>{"1", "Decoy_1", "2", "Decoy_2"}));
+  EXPECT_EQ(Values(lines, "Frequency="), (std::vector<std::string>{"2", "2", "1", "1"}));
+  EXPECT_EQ(Values(lines, "Charge="), (std::vector<std::string>{"3", "3", "3", "3"}));
+}

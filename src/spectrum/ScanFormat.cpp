@@ -2,6 +2,7 @@
 
 #include <charconv>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 
 namespace {
@@ -26,18 +27,31 @@ inline void SkipSpace(const char*& p, const char* e) {
   while (p < e && IsSpace(*p)) ++p;
 }
 
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+
 // "%lf" at p: 1 assigned, 0 no number (a C string would fail here too), or kUnusual.
 int FastDouble(const char*& p, const char* e, double& value) {
   SkipSpace(p, e);
   if (p == e || *p == '\0') return 0;
   const char* start = p;
   const char* q = p;
-  if (*q == '-') ++q;
+  const bool negative = *q == '-';
+  if (negative) ++q;
   std::size_t digits = 0;
-  while (q < e && IsDigit(*q)) ++q, ++digits;
+  uint64_t mantissa = 0;  // exact while digits <= 19
+  int scale = 0;          // power of ten to apply to the mantissa
+  while (q < e && IsDigit(*q)) {
+    mantissa = mantissa * 10 + static_cast<uint64_t>(*q - '0');
+    ++q, ++digits;
+  }
   if (q < e && *q == '.') {
     ++q;
-    while (q < e && IsDigit(*q)) ++q, ++digits;
+    while (q < e && IsDigit(*q)) {
+      mantissa = mantissa * 10 + static_cast<uint64_t>(*q - '0');
+      ++q, ++digits, --scale;
+    }
   }
   if (digits == 0) {
     const char c = *start;
@@ -48,12 +62,28 @@ int FastDouble(const char*& p, const char* e, double& value) {
   }
   if (q < e && (*q == 'e' || *q == 'E')) {
     const char* x = q + 1;
+    const bool negativeExponent = x < e && *x == '-';
     if (x < e && (*x == '+' || *x == '-')) ++x;
     if (x == e || !IsDigit(*x)) return kUnusual;  // scanf and strtod disagree on "1e"
-    while (x < e && IsDigit(*x)) ++x;
+    int exponent = 0;
+    while (x < e && IsDigit(*x)) {
+      if (exponent < 100000) exponent = exponent * 10 + (*x - '0');
+      ++x;
+    }
+    scale += negativeExponent ? -exponent : exponent;
     q = x;
   }
   if (!EndsNumber(q, e)) return kUnusual;
+  // Clinger's fast path: an exact mantissa below 2^53 and an exact power of
+  // ten give the correctly rounded result in one IEEE operation, the value
+  // strtod gives. Everything else goes through from_chars.
+  if (digits <= 19 && mantissa <= (uint64_t{1} << 53) && scale >= -22 && scale <= 22) {
+    double parsed = static_cast<double>(mantissa);
+    parsed = scale < 0 ? parsed / kPowersOfTen[-scale] : parsed * kPowersOfTen[scale];
+    value = negative ? -parsed : parsed;
+    p = q;
+    return 1;
+  }
   double parsed = 0.0;
   const auto result = std::from_chars(start, q, parsed);
   if (result.ec != std::errc() || result.ptr != q) return kUnusual;  // overflow and the like

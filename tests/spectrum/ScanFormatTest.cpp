@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -42,6 +43,35 @@ TEST(ScanFormatTest, PeakLinesReadExactlyAsSscanf) {
   EXPECT_EQ(ScanPeakLine(std::string_view("12\0 34", 6), x, y), 1);
   EXPECT_EQ(x, 12.0);
   EXPECT_EQ(y, -1.0);
+}
+
+TEST(ScanFormatTest, RandomDecimalsReadBitForBitAsSscanf) {
+  // Mantissas of 1 to 22 digits, points anywhere, exponents near the limits of
+  // the fast path and beyond: every value must equal strtod's.
+  uint64_t state = 0x9E3779B97F4A7C15ull;
+  auto next = [&state] {
+    state ^= state << 13;
+    state ^= state >> 7;
+    state ^= state << 17;
+    return state;
+  };
+  for (int i = 0; i < 20000; ++i) {
+    std::string number;
+    if (next() % 4 == 0) number += '-';
+    const int digits = 1 + static_cast<int>(next() % 22);
+    const int point = static_cast<int>(next() % (digits + 2));
+    for (int d = 0; d < digits; ++d) {
+      if (d == point) number += '.';
+      number += static_cast<char>('0' + next() % 10);
+    }
+    if (next() % 3 == 0) {
+      number += (next() % 2) ? 'e' : 'E';
+      if (next() % 2) number += '-';
+      number += std::to_string(next() % 40);
+    }
+    ExpectPeakLikeSscanf(number + " " + number);
+    if (HasFailure()) break;
+  }
 }
 
 TEST(ScanFormatTest, LibraryPeakAndMassChargeLines) {

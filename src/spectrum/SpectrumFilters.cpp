@@ -28,14 +28,27 @@ constexpr double kClusterApexLimit = 400.0;
 
 constexpr uint32_t kBinTableSpan = 6000;
 
-// First peak (in [first, last)) whose m/z is not less than `value`.
+// First peak (in [first, last)) whose m/z is not less than `value`. Written
+// without a data-dependent branch: matching runs it several times for every
+// query peak and candidate, and the outcome of each step is unpredictable.
 inline std::size_t LowerBoundMz(const std::vector<CPeak>& peaks, std::size_t first,
                                 std::size_t last, double value) {
-  while (first < last) {
-    std::size_t mid = first + (last - first) / 2;
-    if (peaks[mid].mz < value) first = mid + 1;
-    else last = mid;
+  std::size_t length = last - first;
+  if (length == 0) return first;
+  const CPeak* base = peaks.data() + first;
+  while (length > 1) {
+    const std::size_t half = length / 2;
+    base = base[half].mz < value ? base + half : base;
+    length -= half;
   }
+  return static_cast<std::size_t>(base - peaks.data()) + (base->mz < value ? 1 : 0);
+}
+
+// End of the range that starts at `first`: the first peak whose m/z is not less
+// than `value`. Ranges hold a peak or two, so a scan beats a second bisection.
+inline std::size_t ScanEndMz(const std::vector<CPeak>& peaks, std::size_t first,
+                             std::size_t last, double value) {
+  while (first < last && peaks[first].mz < value) ++first;
   return first;
 }
 
@@ -142,7 +155,7 @@ int CSpectrum::FindShiftedPeak(double mz, double tolerance, uint32_t highestChar
 
   // Direct search: the most intense free peak, the first one on equal intensity.
   std::size_t first = LowerBoundMz(peaks, 0, size, mz - tolerance);
-  std::size_t last = LowerBoundMz(peaks, first, size, mz + tolerance);
+  std::size_t last = ScanEndMz(peaks, first, size, mz + tolerance);
   double bestDirect = 0.0;
   for (std::size_t i = first; i < last; ++i) {
     if (peakUsed[i] != 0) continue;
@@ -159,7 +172,7 @@ int CSpectrum::FindShiftedPeak(double mz, double tolerance, uint32_t highestChar
   for (uint32_t z = 1; z <= highestCharge; ++z) {
     const double centre = mz - shift / static_cast<double>(z);
     std::size_t from = LowerBoundMz(peaks, 0, size, centre - tolerance);
-    std::size_t to = LowerBoundMz(peaks, from, size, centre + tolerance);
+    std::size_t to = ScanEndMz(peaks, from, size, centre + tolerance);
     for (std::size_t i = from; i < to; ++i) {
       const CPeak& peak = peaks[i];
       if (peak.charge != z || (peak.type != kPeakB && peak.type != kPeakY) || peakUsed[i] != 0)

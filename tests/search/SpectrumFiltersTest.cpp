@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <random>
+
 #include "SearchTestUtil.h"
 
 using namespace searchtest;
@@ -134,4 +138,54 @@ TEST(PeakIonName, LetterPositionCharges) {
   EXPECT_EQ(Peak(1, 1, kPeakOther, 0, 0).GetIonName(), "o0");
   EXPECT_EQ(Peak(1, 1, kPeakUnannotated, 7, 1).GetIonName(), "u7+");
   EXPECT_EQ(Peak(1, 1, 9, 7, 1).GetIonName(), "7+");
+}
+
+// The bisections must find exactly the peaks that a plain scan of every peak finds.
+TEST(FindShiftedPeak, AgreesWithAScanOfEveryPeak) {
+  auto reference = [](CSpectrum& s, double mz, double tol, uint32_t highest, double shift) {
+    int found = -1;
+    uint32_t state = 0;
+    for (std::size_t i = 0; i < s.peaks.size(); ++i) {
+      const CPeak& p = s.peaks[i];
+      if (p.mz >= mz - tol && p.mz < mz + tol && s.peakUsed[i] == 0 &&
+          (found < 0 || p.intensity > s.peaks[found].intensity)) {
+        found = static_cast<int>(i);
+        state = 1;
+      }
+    }
+    double best = -1.0;
+    for (uint32_t z = 1; z <= highest; ++z) {
+      const double c = mz - shift / z;
+      for (std::size_t i = 0; i < s.peaks.size(); ++i) {
+        const CPeak& p = s.peaks[i];
+        if (p.mz >= c - tol && p.mz < c + tol && p.charge == z && p.type <= 1 &&
+            s.peakUsed[i] == 0 && p.intensity > best) {
+          best = p.intensity;
+          found = static_cast<int>(i);
+          state = 2;
+        }
+      }
+    }
+    if (found >= 0) s.peakUsed[found] = state;
+    return found;
+  };
+  std::mt19937 rng(7);
+  std::uniform_real_distribution<double> mz(100, 1000), unit(0, 1);
+  for (int round = 0; round < 200; ++round) {
+    CSpectrum s;
+    const int n = static_cast<int>(rng() % 40);
+    for (int i = 0; i < n; ++i)
+      s.peaks.push_back(Peak(std::round(mz(rng) * 10) / 10, std::round(unit(rng) * 4),
+                             static_cast<int32_t>(rng() % 5), 1, 1 + rng() % 3));
+    std::sort(s.peaks.begin(), s.peaks.end(), ByMz);
+    CSpectrum copy = s;
+    s.ResetPeakUsed();
+    copy.ResetPeakUsed();
+    for (int q = 0; q < 30; ++q) {
+      const double at = std::round(mz(rng) * 10) / 10, shift = std::round(unit(rng) * 3000) / 10;
+      const uint32_t highest = 1 + rng() % 4;
+      ASSERT_EQ(s.FindShiftedPeak(at, 0.5, highest, shift), reference(copy, at, 0.5, highest, shift));
+      ASSERT_EQ(s.peakUsed, copy.peakUsed);
+    }
+  }
 }

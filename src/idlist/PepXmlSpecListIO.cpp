@@ -33,9 +33,9 @@ void UpdateMassTable(CXmlElement& searchSummary, CMassTable& table) {
   for (CXmlNode* node : searchSummary.children) {
     if (node->type != kXmlElement || node->text != "aminoacid_modification") continue;
     auto& modification = static_cast<CXmlElement&>(*node);
-    const std::string residue = modification.GetAttribute("aminoacid");
-    const std::string mass = modification.GetAttribute("mass");
-    const double massdiff = std::atof(modification.GetAttribute("massdiff").c_str());
+    const std::string residue = modification.AttributeValue("aminoacid");
+    const std::string mass = modification.AttributeValue("mass");
+    const double massdiff = std::atof(modification.AttributeValue("massdiff").c_str());
     const std::string name = MakePepXmlModName(residue, mass);
     if (std::fabs(table.Modification(name) - massdiff) > 1.0) table.SetEntry(2, name, massdiff);
   }
@@ -43,6 +43,9 @@ void UpdateMassTable(CXmlElement& searchSummary, CMassTable& table) {
 
 }  // namespace
 
+// Attributes are read with AttributeValue: an absent one reads as empty text
+// as with GetAttribute, and the attributes nobody asks for stay unparsed text,
+// which keeps the tree of a large file small.
 void CPepXmlSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
   const std::size_t sizeBefore = list.size();
   try {
@@ -82,18 +85,18 @@ void CPepXmlSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
       if (!analysis) continue;
       CXmlElement* prophet = analysis->GetChild("peptideprophet_result", 0);
       if (!prophet) continue;
-      const double probability = std::atof(prophet->GetAttribute("probability").c_str());
+      const double probability = std::atof(prophet->AttributeValue("probability").c_str());
       if (probability < probability_threshold) continue;
 
-      record.spectrumName = query.GetAttribute("spectrum");
-      record.sequence = hit->GetAttribute("peptide");
-      record.charge = std::atoi(query.GetAttribute("assumed_charge").c_str());
+      record.spectrumName = query.AttributeValue("spectrum");
+      record.sequence = hit->AttributeValue("peptide");
+      record.charge = std::atoi(query.AttributeValue("assumed_charge").c_str());
       record.modifications.clear();
       if (CXmlElement* info = hit->GetChild("modification_info", 0)) {
         for (CXmlNode* child : info->children) {
           if (child->type != kXmlElement || child->text != "mod_aminoacid_mass") continue;
           auto& modified = static_cast<CXmlElement&>(*child);
-          const int position = std::atoi(modified.GetAttribute("position").c_str());
+          const int position = std::atoi(modified.AttributeValue("position").c_str());
           if (position < 1 || static_cast<std::size_t>(position) > record.sequence.size()) {
             throw CXmlException("Modification position " + std::to_string(position) +
                                 " lies outside the peptide " + record.sequence +
@@ -101,7 +104,7 @@ void CPepXmlSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
           }
           const std::string residue(1, record.sequence[static_cast<std::size_t>(position) - 1]);
           record.modifications.push_back(
-              {position, MakePepXmlModName(residue, modified.GetAttribute("mass"))});
+              {position, MakePepXmlModName(residue, modified.AttributeValue("mass"))});
         }
       }
       AddIdentified(list, record, "00");

@@ -29,6 +29,31 @@ bool Contains(const char* first, const char* last, std::string_view pattern) {
   return FindText(first, last, pattern) != nullptr;
 }
 
+// Calls visit(name, value) for each attribute of a start tag's attribute text,
+// in order. Names and the whole range are trimmed of blanks, tabs and carriage
+// returns, not of line feeds; only double quotes delimit values.
+template <typename Visit>
+void ScanAttributes(const char* first, const char* last, Visit visit) {
+  while (first < last && IsTrimmed(*first)) ++first;
+  while (last > first && IsTrimmed(last[-1])) --last;
+  while (first < last) {
+    const char* equals = FindChar(first, last, '=');
+    if (!equals) return;
+    const char* nameFirst = first;
+    const char* nameLast = equals;
+    while (nameFirst < nameLast && IsTrimmed(*nameFirst)) ++nameFirst;
+    while (nameLast > nameFirst && IsTrimmed(nameLast[-1])) --nameLast;
+    // The value's opening quote is searched one character behind the name's end.
+    const char* open = FindChar(nameLast + 1, last, '"');
+    if (!open) return;
+    const char* close = FindChar(open + 1, last, '"');
+    if (!close) return;
+    visit(std::string_view(nameFirst, static_cast<std::size_t>(nameLast - nameFirst)),
+          std::string_view(open + 1, static_cast<std::size_t>(close - open - 1)));
+    first = close + 1;
+  }
+}
+
 // One element whose content is being parsed, with what its parent needs to
 // go on behind the closing tag.
 struct OpenElement {
@@ -131,23 +156,23 @@ std::string CXmlElement::ToText() const {
 
 void CXmlElement::ParseAttributes(const char* first, const char* last) {
   ResolveAttributes();  // the start tag's own attributes come first
-  while (first < last && IsTrimmed(*first)) ++first;
-  while (last > first && IsTrimmed(last[-1])) --last;
-  while (first < last) {
-    const char* equals = FindChar(first, last, '=');
-    if (!equals) return;
-    const char* nameFirst = first;
-    const char* nameLast = equals;
-    while (nameFirst < nameLast && IsTrimmed(*nameFirst)) ++nameFirst;
-    while (nameLast > nameFirst && IsTrimmed(nameLast[-1])) --nameLast;
-    // The value's opening quote is searched one character behind the name's end.
-    const char* open = FindChar(nameLast + 1, last, '"');
-    if (!open) return;
-    const char* close = FindChar(open + 1, last, '"');
-    if (!close) return;
-    (*attributes)[std::string(nameFirst, nameLast)].assign(open + 1, close);
-    first = close + 1;
+  ScanAttributes(first, last, [this](std::string_view name, std::string_view value) {
+    (*attributes)[std::string(name)].assign(value);
+  });
+}
+
+std::string CXmlElement::AttributeValue(const std::string& name) const {
+  if (attributes) {
+    auto found = attributes->find(name);
+    return found == attributes->end() ? std::string() : found->second;
   }
+  std::string_view value;
+  if (pendingFirst) {
+    ScanAttributes(pendingFirst, pendingLast, [&name, &value](std::string_view n, std::string_view v) {
+      if (n == name) value = v;  // a repeated name keeps its last value
+    });
+  }
+  return std::string(value);
 }
 
 void CXmlElement::ParseContent(const char* first, const char* last) {

@@ -35,6 +35,9 @@ class CXmlElement : public CXmlNode {
   CXmlElement* GetChild(const std::string& name, int index) const;
   // Parses [first, last) into children of this element; throws CXmlException.
   void ParseContent(const char* first, const char* last);
+  // The value of the attribute, "" if absent, without entering it in the map:
+  // a read-only look-up that leaves unasked attributes unparsed.
+  std::string AttributeValue(const std::string& name) const;
   // Parses the attribute text of a start tag into the attribute map.
   void ParseAttributes(const char* first, const char* last);
 

@@ -186,3 +186,18 @@ TEST(XmlDocument, DeepNestingAndReload) {
   ASSERT_EQ(document.children.size(), 1u);
   EXPECT_EQ(document.children[0]->text, "x");
 }
+
+TEST(XmlDocument, AttributeValueReadsWithoutEntering) {
+  CXmlDocument document;
+  Load(document, "<a x=\"1\" y=\"2\" x=\"3\"\n z=\"4\"/>");
+  CXmlElement* a = document.GetChild("a", 0);
+  ASSERT_NE(a, nullptr);
+  EXPECT_EQ(a->AttributeValue("x"), "3");
+  EXPECT_EQ(a->AttributeValue("z"), "");
+  EXPECT_EQ(a->AttributeValue("\n z"), "4");
+  EXPECT_EQ(a->AttributeValue("w"), "");
+  EXPECT_EQ(a->Attributes().size(), 3u);  // nothing entered by the look-ups
+  EXPECT_EQ(a->GetAttribute("w"), "");
+  EXPECT_EQ(a->Attributes().size(), 4u);
+  EXPECT_EQ(a->AttributeValue("y"), "2");
+}

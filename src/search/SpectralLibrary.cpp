@@ -108,6 +108,10 @@ void CSpectralLibrary::TestEntry(const CSpectrum& query, double tolerance,
   massTable.FindGlycanRange(delta, tolerance, low, high);
   for (std::size_t g = low; g < high; ++g) {
     const CGlycan& glycan = massTable.glycans[g];
+    // A NeuAc glycan needs the query's NeuAc marker. NeuGc is deliberately not
+    // tested: hasNeuGc is noted on both sides, but a NeuGc glycan passes for
+    // every query, as it always has; a NeuGc test would change which glycans
+    // existing libraries report.
     if (glycan.hasNeuAc && !query.hasNeuAc) continue;
     glycanLists.Add(&glycan);
   }

@@ -201,3 +201,38 @@ TEST(XmlDocument, AttributeValueReadsWithoutEntering) {
   EXPECT_EQ(a->Attributes().size(), 4u);
   EXPECT_EQ(a->AttributeValue("y"), "2");
 }
+
+TEST(XmlDocument, GarbageAndTruncationNeverCrash) {
+  const std::string valid =
+      "<?xml v?>\n<!DOCTYPE r [<!ENTITY e \"x\">]>\n<r a=\"1\">\n <!-- c -->\n <![CDATA[<x>]]>\n"
+      " <s k=\"v\"\n  j=\"w\"><t/><u x=\"&lt;\"></u></s>\n <s/>\n</r>\n";
+  // Every prefix parses or raises CXmlException.
+  for (std::size_t n = 0; n <= valid.size(); ++n) {
+    CXmlElement element;
+    try {
+      element.ParseContent(valid.data(), valid.data() + n);
+      (void)element.ToText();
+    } catch (const CXmlException&) {
+    }
+  }
+  // Random markup-heavy bytes, from a fixed seed.
+  const char alphabet[] = "<>/!?-[]\"'= \n\rabCDATOYPE";
+  unsigned state = 12345;
+  for (int round = 0; round < 2000; ++round) {
+    std::string text;
+    const int length = 1 + round % 97;
+    for (int i = 0; i < length; ++i) {
+      state = state * 1103515245u + 12345u;
+      text += alphabet[(state >> 16) % (sizeof alphabet - 1)];
+    }
+    CXmlElement element;
+    try {
+      element.ParseContent(text.data(), text.data() + text.size());
+      (void)element.ToText();
+      for (const CXmlNode* child : element.children) {
+        if (child->type == kXmlElement) (void)static_cast<const CXmlElement*>(child)->AttributeValue("a");
+      }
+    } catch (const CXmlException&) {
+    }
+  }
+}

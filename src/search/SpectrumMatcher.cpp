@@ -131,7 +131,13 @@ void CSpectrumMatcher::ScoreCandidate(const CSpectrum& query, CSpectrum& library
   const CSearchParam& search = CParam::GetInstance().search;
   const double toleranceValue = search.query_product_ion_tolerance;
   const int32_t toleranceUnit = search.query_product_ion_unit;
-  const uint32_t highestCharge = HighestFragmentCharge(query.charge);
+  // Shifted matching needs a b or y ion of charge z; charges above the highest
+  // one the entry has can find nothing, so they are not searched at all.
+  uint32_t entryCharge = 0;
+  for (const CPeak& peak : library.peaks)
+    if ((peak.type == kPeakB || peak.type == kPeakY) && peak.charge > entryCharge)
+      entryCharge = peak.charge;
+  const uint32_t highestCharge = std::min(HighestFragmentCharge(query.charge), entryCharge);
 
   const std::vector<CPeak>& queryPeaks = query.peaks;
   for (std::size_t q = 0; q < queryPeaks.size(); ++q) {

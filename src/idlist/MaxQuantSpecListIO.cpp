@@ -24,7 +24,8 @@ const std::string kCarbamidomethyl = "Carbamidomethyl[C]";
 const std::string kLys6 = "Lys6[K]";
 const std::string kArg10 = "Arg10[R]";
 
-// Next line without its line end (LF or CRLF), of any length.
+// Next line without its line end (LF or CRLF), of any length: the line ends of
+// ReadLine, through getline, which scans the long rows of msms tables faster.
 bool NextLine(std::istream& in, std::string& line) {
   if (!std::getline(in, line)) return false;
   if (!line.empty() && line.back() == '\r') line.pop_back();

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <iostream>
+#include <sstream>
 
 #include "idlist/XmlDocument.h"
 #include "molecule/MassTable.h"
@@ -116,7 +117,11 @@ void CPepXmlSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
     std::cout << error.message << std::endl;
     return;
   }
-  std::cout << '\t' << list.size() << " spectra with probability over " << probability_threshold
-            << "." << std::endl
+  // The threshold in the default stream format, whatever flags other code has
+  // left on std::cout.
+  std::ostringstream threshold;
+  threshold << probability_threshold;
+  std::cout << '\t' << list.size() << " spectra with probability over " << threshold.str() << "."
+            << std::endl
             << std::endl;
 }

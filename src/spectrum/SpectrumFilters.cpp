@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <vector>
 
 #include "run/Param.h"
@@ -119,7 +120,15 @@ void CSpectrum::KeepTopPeaksPerBin(uint32_t limit, uint32_t width) {
   // spectrum of stray high-m/z peaks is thinned like any other range; a negative
   // m/z counts in bin 0. A width of 0 puts every peak into that one extra bin.
   const std::size_t tableSize = width == 0 ? 0 : kBinTableSpan / width;
-  std::vector<uint32_t> counters(tableSize + 1, 0);
+  // The usual table (61 counters for the width 100) lives on the stack: this
+  // runs for every query.
+  uint32_t stackCounters[128] = {};
+  std::vector<uint32_t> heapCounters;
+  uint32_t* counters = stackCounters;
+  if (tableSize + 1 > std::size(stackCounters)) {
+    heapCounters.assign(tableSize + 1, 0);
+    counters = heapCounters.data();
+  }
   std::sort(peaks.begin(), peaks.end(), ByIntensity);
   std::size_t out = 0;
   for (std::size_t i = 0; i < peaks.size(); ++i) {

@@ -76,6 +76,12 @@ TEST(KeepTopPeaksPerBin, TenStrongestPerBinAnnotatedStay) {
   far.KeepTopPeaksPerBin(10, 100);
   EXPECT_EQ(far.peaks.size(), 10u);
   EXPECT_EQ(far.peaks.front().mz, 7000);
+
+  // A narrow width: 857 bins of 7; the partial last bin joins the extra one.
+  CSpectrum narrow = Spectrum(0, 2, {Peak(7, 1), Peak(13, 2), Peak(14, 3), Peak(5999, 4),
+                                     Peak(6000, 5)});
+  narrow.KeepTopPeaksPerBin(1, 7);
+  EXPECT_EQ(Mzs(narrow), (Mz{13, 14, 6000}));
 }
 
 TEST(ExtractDiagnosticPeaks, MovesOxoniumIonsAndSetsSialicFlags) {

@@ -129,9 +129,21 @@ CXmlElement* CXmlElement::GetChild(const std::string& name, int index) const {
 
 std::string CXmlElement::ToText() const {
   std::string out;
+  AppendText(out);
+  return out;
+}
+
+void CXmlElement::AppendText(std::string& out) const {
+  // One buffer for the whole subtree instead of a string per level.
+  auto appendChildren = [this, &out] {
+    for (const CXmlNode* child : children) {
+      if (child->type == kXmlUnknown) out += child->text;
+      else static_cast<const CXmlElement*>(child)->AppendText(out);
+    }
+  };
   if (type != kXmlElement) {
-    for (const CXmlNode* child : children) out += child->ToText();
-    return out;
+    appendChildren();
+    return;
   }
   out += "\n<";
   out += text;
@@ -144,14 +156,13 @@ std::string CXmlElement::ToText() const {
   }
   if (children.empty()) {
     out += "/>";
-    return out;
+    return;
   }
   out += '>';
-  for (const CXmlNode* child : children) out += child->ToText();
+  appendChildren();
   out += "\n</";
   out += text;
   out += '>';
-  return out;
 }
 
 void CXmlElement::ParseAttributes(const char* first, const char* last) {

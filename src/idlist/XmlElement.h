@@ -58,6 +58,7 @@ class CXmlElement : public CXmlNode {
 
  private:
   void ResolveAttributes() const;
+  void AppendText(std::string& out) const;
 
   // Most elements of a large document are never asked for an attribute: their
   // map stays unallocated and their attribute text is parsed only on demand.

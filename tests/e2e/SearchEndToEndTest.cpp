@@ -167,12 +167,18 @@ TEST(SearchEndToEnd, ProgressLinesOfFullAndEmptyDatasets) {
   EXPECT_EQ(testutil::ReadLines(run.dir / "result.txt").size(), 1u);
 }
 
-TEST(SearchEndToEnd, NoDatasetsAndAnUnwritableResultFile) {
+TEST(SearchEndToEnd, NoDatasetsMissingQueryFileAndAnUnwritableResultFile) {
   Installed run;
   auto result = run.Start({}, run.dir / "result.txt");
   ASSERT_EQ(result.exitCode, 0) << result.output;
   EXPECT_NE(result.output.find("\tSearching 0 query datasets: \n"), std::string::npos);
   EXPECT_EQ(testutil::ReadLines(run.dir / "result.txt").size(), 1u);
+
+  // A query file that can't be opened is reported by the reader and searched as empty.
+  auto absent = run.Start({run.dir / "absent.mgf"}, run.dir / "result.txt");
+  ASSERT_EQ(absent.exitCode, 0) << absent.output;
+  EXPECT_NE(absent.output.find("\t\tSpectra: 0/0\n    --- Complete!\n"), std::string::npos)
+      << absent.output;
 
   const std::string bad = run.dir / "missing-folder/result.txt";
   auto failed = run.Start({}, bad);

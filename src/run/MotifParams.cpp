@@ -68,9 +68,16 @@ void CConstructionParam::ParseAddedYIons(const std::string& value) {
 
 std::string CConstructionParam::GetMotifRegex() const {
   // The "$" inside the bracket is a literal: the expression isn't anchored.
-  return "[NJ][^P][" + AcceptorLetters(N_glycan_motifs) + "$]";
+  std::string expression = "[NJ][^P][";
+  expression += AcceptorLetters(N_glycan_motifs);
+  expression += "$]";
+  return expression;
 }
 
 std::string CConstructionParam::GetReverseMotifRegex() const {
-  return "[" + AcceptorLetters(N_glycan_motifs) + "][^P][NJ]";
+  // Built piece by piece: g++ 12 warns falsely on "literal" + string here.
+  std::string expression = "[";
+  expression += AcceptorLetters(N_glycan_motifs);
+  expression += "][^P][NJ]";
+  return expression;
 }

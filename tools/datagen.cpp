@@ -291,6 +291,8 @@ int main(int argc, char** argv) {
       if (kind == kNoMarker) {
         // An ordinary peptide spectrum: no glycan, no oxonium ions.
         peptide = MakePeptide(rng, 0);
+        // A b1 ion of histidine (138.066) would pass for the oxonium marker.
+        if (peptide.sequence[0] == 'H') peptide.sequence[0] = 'A';
         CDatagenIon ion(ResidueMasses(peptide, chem, false), chem);
         FillPeptideSpectrum(spectrum, peptide, ion, rng.Int(2, 3), rng);
       } else {

@@ -11,6 +11,9 @@ ROOT="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 BUILD="${QUORIN_BUILD_DIR:-$ROOT/build}"
 OUT="$BUILD/demo"
 
+# Installs the build tools when they are missing (does nothing otherwise).
+"$ROOT/scripts/setup.sh"
+
 if [ ! -f "$BUILD/CMakeCache.txt" ]; then
   echo "== Configuring a Release build in $BUILD"
   # The tests need GoogleTest; without it the program and the generator still build.

@@ -3,16 +3,13 @@
 #include <fstream>
 
 #include "construction/IdentifiedAnalyzer.h"
-#include "run/Process.h"
 
 std::string CompanionFileName(const std::string& libraryPath) {
-  // The extension is looked for in the file name part only, so that a point
-  // in a folder name ("a.b/c") is not mistaken for one. A name without any
-  // extension gets "_libcomp.txt" appended.
-  const std::size_t separator = LastSeparator(libraryPath);
-  const std::size_t nameStart = separator == std::string::npos ? 0 : separator + 1;
+  // "_libcomp" goes in front of the last point of the whole name and ".txt"
+  // replaces the rest, also when that point stands in a folder name. A name
+  // without any point has no place for the insertion: the suffix is appended.
   const std::size_t point = libraryPath.rfind('.');
-  if (point == std::string::npos || point < nameStart) return libraryPath + "_libcomp.txt";
+  if (point == std::string::npos) return libraryPath + "_libcomp.txt";
   return libraryPath.substr(0, point) + "_libcomp.txt";
 }
 

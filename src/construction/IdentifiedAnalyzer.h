@@ -53,6 +53,6 @@ class CIdentifiedAnalyzer {
 // each part length-prefixed so that two different peptides never share a key.
 void MakePeptideKey(const CPeptideIdentity& peptide, std::string& key);
 
-// Name of the companion file of a library: "_libcomp.txt" in place of the
-// extension of the file name part ("out.quolib" -> "out_libcomp.txt").
+// Name of the companion file of a library: "_libcomp.txt" in place of everything
+// from the last point of the name on ("out.quolib" -> "out_libcomp.txt").
 std::string CompanionFileName(const std::string& libraryPath);

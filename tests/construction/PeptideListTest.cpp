@@ -111,9 +111,10 @@ TEST(PeptideList, CompanionFileNames) {
   EXPECT_EQ(CompanionFileName("out.quolib"), "out_libcomp.txt");
   EXPECT_EQ(CompanionFileName("a.b/c.d.quolib"), "a.b/c.d_libcomp.txt");
   EXPECT_EQ(CompanionFileName("a.b\\c.quolib"), "a.b\\c_libcomp.txt");
-  // No extension in the file name: the suffix is appended.
+  // The last point of the whole name counts, even one in a folder name; with
+  // no point at all the suffix is appended.
   EXPECT_EQ(CompanionFileName("library"), "library_libcomp.txt");
-  EXPECT_EQ(CompanionFileName("a.b/library"), "a.b/library_libcomp.txt");
+  EXPECT_EQ(CompanionFileName("a.b/library"), "a_libcomp.txt");
   EXPECT_EQ(CompanionFileName("lib."), "lib_libcomp.txt");
 }
 

@@ -73,8 +73,10 @@ void ReportMissing(const std::string& path, const std::string& what) {
             << "\"! No result is read from it.\n";
 }
 
-// Lines re-saved by a spreadsheet come wrapped in quotes ("2,Deamidated (N),...");
-// the identifier is the first character behind them.
+// Lines re-saved by a spreadsheet come wrapped in quotes ("2,Deamidated (N),...").
+// A test of the very first character would find no modification row in such a
+// file, and every record would lose its names; so the identifier is taken as
+// the first character behind the leading quotes. SplitCsvRow drops the quotes.
 char FirstUnquoted(const std::string& line) {
   std::size_t at = line.find_first_not_of('"');
   return at == std::string::npos ? '\0' : line[at];
@@ -158,6 +160,7 @@ void CMascotSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
       if (ParseRecordModifications(DecodeVarModPos(names, fields[index[2]]), record))
         AddIdentified(list, record, "00");
     }
+    // An overlong row was cut to the line buffer; the table ends behind it.
     if (tooLong) break;
   }
   if (shortRows > 0)

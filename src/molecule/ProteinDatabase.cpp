@@ -1,5 +1,6 @@
 #include "molecule/ProteinDatabase.h"
 
+#include <filesystem>
 #include <iostream>
 
 #include "run/TextLine.h"
@@ -49,7 +50,9 @@ bool CProteinDatabase::Load() {
     std::cout << "Can not open Fasta file!\n";
     return false;
   }
-  stream.open(path, std::ios::binary);
+  // A directory opens as a stream on Linux but is no file to read.
+  std::error_code error;
+  if (!std::filesystem::is_directory(path, error)) stream.open(path, std::ios::binary);
   if (!stream.is_open()) {
     std::cout << "Can't find fasta file!\n";
     std::cout << "Can not open Fasta file!\n";
@@ -61,22 +64,9 @@ bool CProteinDatabase::Load() {
   stream.seekg(0);
   SkipByteOrderMark(stream);
 
-  // A file with text but no header at all would otherwise load as an empty
-  // database without a word; say so, as every later lookup will fail.
-  if (entries == 0) {
-    std::string line;
-    bool hasText = false;
-    while (!hasText && ReadLine(stream, line, nullptr, kUnlimited))
-      hasText = line.find_first_not_of(" \t\r") != std::string::npos;
-    stream.close();
-    if (hasText) {
-      std::cout << "FASTA Format error!One Protein Entry must start with char '>'!\n";
-      std::cout << "Error: Fasta file format is wrong!\n";
-      return false;
-    }
-    return true;
-  }
-
+  // The second pass reads as many entries as the first counted headers: a file
+  // without any header loads as an empty database, and each later lookup in
+  // it reports its accession as missing.
   CProteinEntry entry;
   for (std::size_t i = 0; i < entries; ++i) {
     if (!ReadEntry(entry)) {

@@ -78,6 +78,8 @@ TEST(ProteinDatabase, LoadFailures) {
   EXPECT_EQ(out, "DBPath empty!\nCan not open Fasta file!\n");
   EXPECT_FALSE(LoadFile(db, dir / "none.fasta", out));
   EXPECT_EQ(out, "Can't find fasta file!\nCan not open Fasta file!\n");
+  EXPECT_FALSE(LoadFile(db, dir.path().string(), out));  // a directory is no file
+  EXPECT_EQ(out, "Can't find fasta file!\nCan not open Fasta file!\n");
 
   // Text in front of the first header breaks the format; entries before a
   // fault stay.
@@ -88,13 +90,12 @@ TEST(ProteinDatabase, LoadFailures) {
             "Error: Fasta file format is wrong!\n");
   EXPECT_TRUE(db.proteins.empty());
 
-  // Sequence lines without any header.
+  // Sequence lines without any header: no entry is counted, so none is read.
   CProteinDatabase plain;
   WriteFile(dir / "b.fasta", "MKAANGTK\n");
-  EXPECT_FALSE(LoadFile(plain, dir / "b.fasta", out));
-  EXPECT_EQ(out,
-            "FASTA Format error!One Protein Entry must start with char '>'!\n"
-            "Error: Fasta file format is wrong!\n");
+  EXPECT_TRUE(LoadFile(plain, dir / "b.fasta", out));
+  EXPECT_EQ(out, "");
+  EXPECT_TRUE(plain.proteins.empty());
   CProteinDatabase empty;
   WriteFile(dir / "c.fasta", "");
   EXPECT_TRUE(LoadFile(empty, dir / "c.fasta", out));

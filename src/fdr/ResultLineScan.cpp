@@ -66,11 +66,11 @@ bool IsPlainInteger(const char* begin, const char* end) {
   return p > digits && p - digits <= 9 && p == end;
 }
 
-double ReadReal(const char* begin, const char* end) {
+// False when the value is out of range (1e400): from_chars then stores nothing,
+// while %lf gives infinity, so such a word is left to the scan format.
+bool ReadReal(const char* begin, const char* end, double& value) {
   if (*begin == '+') ++begin;  // from_chars takes no plus sign
-  double value = 0.0;
-  std::from_chars(begin, end, value);
-  return value;
+  return std::from_chars(begin, end, value).ec == std::errc();
 }
 
 int32_t ReadInteger(const char* begin, const char* end) {
@@ -103,10 +103,9 @@ bool ScanPlainLine(const char* text, std::size_t length, CResultLineFields& fiel
     if (kFieldKinds[i] == FieldKind::Integer && !IsPlainInteger(begin, p)) return false;
   }
   fields.charge = ReadInteger(words[kChargeField].begin, words[kChargeField].end);
-  fields.massShift = ReadReal(words[kMassShiftField].begin, words[kMassShiftField].end);
-  fields.score = ReadReal(words[kScoreField].begin, words[kScoreField].end);
   fields.hitKind = *words[kHitKindField].begin;
-  return true;
+  return ReadReal(words[kMassShiftField].begin, words[kMassShiftField].end, fields.massShift) &&
+         ReadReal(words[kScoreField].begin, words[kScoreField].end, fields.score);
 }
 
 }  // namespace

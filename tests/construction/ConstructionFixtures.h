@@ -1,19 +1,19 @@
 #pragma once
-// Shared set-up of the construction tests: residue masses, spectra in a few
-// lines, and a dataset reader that serves spectra from memory.
+// Shared set-up of the construction tests: residue masses, spectra in a line,
+// a builder with those masses, and a dataset that serves spectra from memory.
+#include <gtest/gtest.h>
+
 #include <map>
+#include <memory>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "molecule/MassTable.h"
-#include "run/Param.h"
-#include "spectrum/SpecIO.h"
-#include "spectrum/Spectrum.h"
+#include "construction/LibraryBuilder.h"
+#include "spectrum/MgfIO.h"
 
 namespace fixtures {
 
-inline const std::vector<std::pair<const char*, double>> kResidues = {
+inline const std::map<std::string, double> kResidues = {
     {"G", 57.02146},  {"A", 71.03711},  {"S", 87.03203},  {"P", 97.05276},  {"V", 99.06841},
     {"T", 101.04768}, {"C", 103.00919}, {"L", 113.08406}, {"I", 113.08406}, {"N", 114.04293},
     {"J", 114.04293}, {"D", 115.02694}, {"Q", 128.05858}, {"K", 128.09496}, {"E", 129.04259},
@@ -22,38 +22,22 @@ inline const std::vector<std::pair<const char*, double>> kResidues = {
 constexpr double kH2O = 18.01056;
 constexpr double kProton = 1.00728;
 constexpr double kDeamidated = 0.98402;
-constexpr double kOxidation = 15.99491;
 
-inline void FillMassTable(CMassTable& table) {
-  for (const auto& [letter, mass] : kResidues) table.SetEntry(0, letter, mass);
-  table.SetEntry(1, "H2O", kH2O);
-  table.SetEntry(1, "Proton", kProton);
-  table.SetEntry(2, "Deamidated[N]", kDeamidated);
-  table.SetEntry(2, "Oxidation[M]", kOxidation);
-}
+inline double Mass(char residue) { return kResidues.at(std::string(1, residue)); }
 
 // The same masses as a MassTable.ini for the installed program.
 inline std::string MassTableText() {
   std::string text = "[AA]\n";
   for (const auto& [letter, mass] : kResidues)
-    text += std::string(letter) + " = " + std::to_string(mass) + "\n";
-  text += "[Molecule]\nH2O = 18.01056\nProton = 1.00728\n";
-  text += "[Modification]\nDeamidated[N] = 0.98402\nOxidation[M] = 15.99491\n";
-  text += "Carbamidomethyl[C] = 57.02146\n";
-  text += "[Glyco]\n5-2-0-0-0 = 1216.42286\n3-4-0-0-1 = 1444.53387\n5-4-2-0-0 = 2204.77207\n";
-  return text;
+    text += letter + " = " + std::to_string(mass) + "\n";
+  return text + "[Molecule]\nH2O = 18.01056\nProton = 1.00728\n"
+                "[Modification]\nDeamidated[N] = 0.98402\nOxidation[M] = 15.99491\n"
+                "[Glyco]\n5-2-0-0-0 = 1216.42286\n3-4-0-0-1 = 1444.53387\n";
 }
 
 inline CPeak Peak(double mz, double intensity, int32_t type = kPeakUnannotated,
                   uint32_t position = 0, uint32_t charge = 0, uint32_t count = 1) {
-  CPeak peak;
-  peak.mz = mz;
-  peak.intensity = intensity;
-  peak.type = type;
-  peak.position = position;
-  peak.charge = charge;
-  peak.count = count;
-  return peak;
+  return CPeak{mz, intensity, type, position, charge, count};
 }
 
 inline CSpectrum Spectrum(std::vector<CPeak> peaks, double precursorMass = 1000.0) {
@@ -63,7 +47,15 @@ inline CSpectrum Spectrum(std::vector<CPeak> peaks, double precursorMass = 1000.
   return spectrum;
 }
 
-// Library settings of the tests: tolerance in Da, NXS and NXT motifs.
+// Checks one field of every peak, in order, against the expected values.
+template <typename Field>
+void ExpectPeaks(const CSpectrum& s, Field CPeak::*field, const std::vector<double>& expected) {
+  ASSERT_EQ(s.peaks.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i)
+    EXPECT_NEAR(static_cast<double>(s.peaks[i].*field), expected[i], 1e-9) << "peak " << i;
+}
+
+// Library settings of the tests: the product ion tolerance, NXS and NXT motifs.
 inline void SetLibrarySettings(double tolerance, int32_t unit = 0) {
   CConstructionParam& settings = CParam::GetInstance().construction;
   settings.library_product_ion_tolerance = tolerance;
@@ -71,28 +63,29 @@ inline void SetLibrarySettings(double tolerance, int32_t unit = 0) {
   settings.N_glycan_motifs = {0, 1};
 }
 
+// A builder with the test masses, a tolerance of 0.5 Da and the given theta.
+inline std::unique_ptr<CLibraryBuilder> MakeBuilder(double theta = 0.2) {
+  SetLibrarySettings(0.5);
+  auto builder = std::make_unique<CLibraryBuilder>();
+  builder->param = CParam::GetInstance().construction;
+  builder->param.theta = theta;
+  CMassTable& table = builder->calculator.massTable;
+  for (const auto& [letter, mass] : kResidues) table.SetEntry(0, letter, mass);
+  table.SetEntry(1, "H2O", kH2O);
+  table.SetEntry(1, "Proton", kProton);
+  table.SetEntry(2, "Deamidated[N]", kDeamidated);
+  return builder;
+}
+
 // A dataset served from memory; unknown names read nothing.
-class CMemorySpecIO : public CSpecIO {
+class CMemorySpecIO : public CMgfIO {
  public:
   std::map<std::string, CSpectrum> byName;
-
-  void OpenRead(const std::string&) override {}
-  bool ReadNext(std::vector<CSpectrum>&) override { return false; }
-  uint32_t ReadAll(std::vector<CSpectrum>&) override { return 0; }
-  void CloseRead() override {}
   bool ReadByName(const std::string& name, std::vector<CSpectrum>& out) override {
     auto found = byName.find(name);
-    if (found == byName.end()) return false;
-    out.push_back(found->second);
-    out.back().name = name;
-    return true;
+    if (found != byName.end()) out.push_back(found->second);
+    return found != byName.end();
   }
-  void Rewind() override {}
-  uint32_t Count() override { return static_cast<uint32_t>(byName.size()); }
-  void OpenWrite(const std::string&) override {}
-  uint32_t WriteRange(std::vector<CSpectrum>&, uint32_t, uint32_t) override { return 0; }
-  void CloseWrite() override {}
-  void Init() override {}
 };
 
 }  // namespace fixtures

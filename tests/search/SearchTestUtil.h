@@ -2,20 +2,16 @@
 #include <string>
 #include <vector>
 
+#include "molecule/Glycan.h"
 #include "run/Param.h"
+#include "search/GlycanLists.h"
 #include "spectrum/Spectrum.h"
 
 namespace searchtest {
 
 inline CPeak Peak(double mz, double intensity, int32_t type = kPeakUnannotated,
                   uint32_t position = 0, uint32_t charge = 0) {
-  CPeak p;
-  p.mz = mz;
-  p.intensity = intensity;
-  p.type = type;
-  p.position = position;
-  p.charge = charge;
-  return p;
+  return CPeak{mz, intensity, type, position, charge};
 }
 
 inline CSpectrum Spectrum(double precursorMass, uint32_t charge, std::vector<CPeak> peaks = {}) {
@@ -41,5 +37,21 @@ inline std::vector<double> Mzs(const CSpectrum& s) {
   for (const CPeak& p : s.peaks) out.push_back(p.mz);
   return out;
 }
+
+// Glycan lists of a query's candidates: list i holds the glycans of the
+// indices in perCandidate[i].
+struct Glycans {
+  std::vector<CGlycan> storage;
+  CGlycanLists lists;
+  Glycans(const std::vector<std::pair<std::string, double>>& glycans,
+          const std::vector<std::vector<int>>& perCandidate) {
+    for (const auto& [name, mass] : glycans) storage.emplace_back().name = name;
+    for (std::size_t i = 0; i < glycans.size(); ++i) storage[i].mass = glycans[i].second;
+    for (const auto& list : perCandidate) {
+      for (int i : list) lists.Add(&storage[i]);
+      lists.Close();
+    }
+  }
+};
 
 }  // namespace searchtest

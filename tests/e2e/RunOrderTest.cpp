@@ -7,7 +7,6 @@
 
 namespace {
 
-using testutil::RunProgram;
 using testutil::TempDir;
 using testutil::WriteFile;
 
@@ -15,137 +14,73 @@ const std::string kUsage =
     "Version:\nv1.0 Release\nUsage:\nQuorinGlyco_v1.0.exe configureFilename\n\n";
 const std::string kBothOff = "[construction]\nconstruction = no\n[search]\nsearch = no\n";
 
-// The program installed in one folder and started from another.
-class RunOrder : public testing::Test {
- protected:
-  RunOrder() : program_(testutil::InstallProgram(installDir_.path().string())) {}
-
-  testutil::RunResult Run(const std::string& stdinText) {
-    return RunProgram(program_, stdinText, startDir_.path().string());
-  }
-  std::string Beside(const std::string& name) const { return installDir_ / name; }
-
-  TempDir installDir_;
-  TempDir startDir_;
-  std::string program_;
-};
-
 std::string Fault(const std::string& key, const std::string& section) {
   return "Missing or invalid parameter \"" + key + "\" in section \"" + section + "\".\n";
 }
 
-TEST_F(RunOrder, BothStagesOffFinishes) {
-  WriteFile(Beside("run.conf"), kBothOff);
-  testutil::RunResult result = Run("run.conf\n");
-  EXPECT_EQ(result.output, "Finish!\n");
-  EXPECT_EQ(result.exitCode, 0);
-
-  // CRLF everywhere: on standard input and in the file.
-  WriteFile(Beside("crlf.conf"), "[construction]\r\nconstruction = No\r\n[search]\r\nsearch = NO\r\n");
-  result = Run("crlf.conf\r\n");
-  EXPECT_EQ(result.output, "Finish!\n");
-  EXPECT_EQ(result.exitCode, 0);
-
-  // Only the first line of standard input is read; no line end is needed.
-  result = Run("run.conf\nsomething else\n");
-  EXPECT_EQ(result.output, "Finish!\n");
-  result = Run("run.conf");
-  EXPECT_EQ(result.exitCode, 0);
-}
-
-TEST_F(RunOrder, RelativeNamesAreTakenBesideTheExecutable) {
-  WriteFile(startDir_ / "here.conf", kBothOff);
-  testutil::RunResult result = Run("here.conf\n");
-  EXPECT_EQ(result.output, "Error when reading \"here.conf\".\n");
-  EXPECT_EQ(result.exitCode, 255);
-
-  WriteFile(startDir_ / "abs.conf", kBothOff);
-  result = Run(startDir_ / "abs.conf");
-  EXPECT_EQ(result.output, "Finish!\n");
-}
-
-TEST_F(RunOrder, EmptyStandardInputPrintsUsage) {
-  testutil::RunResult result = Run("");
-  EXPECT_EQ(result.output, kUsage + "Error when reading \"\".\n");
-  EXPECT_EQ(result.exitCode, 255);
-
-  result = RunProgram(program_, "\n", startDir_.path().string(), {"run.conf"});
-  EXPECT_EQ(result.output, kUsage + "Error when reading \"\".\n");
-  EXPECT_EQ(result.exitCode, 255);
-}
-
-TEST_F(RunOrder, SearchFaultStopsTheRunBeforeConstruction) {
-  WriteFile(Beside("run.conf"),
-            "[construction]\n"
-            "identification_format = tab-txt\n"
-            "identification_number = 1\n"
-            "identification_filename_1 = ids.txt\n"
-            "library_dataset_number = 1\n"
-            "library_dataset_format = mgf\n"
-            "library_dataset_pathname_1 = spectra.mgf\n"
-            "library_product_ion_unit = da\n"
-            "library_product_ion_tolerance = 0.02\n"
-            "theta = 0.5\n"
-            "output_speclib_filename = lib.quolib\n"
-            "added_Y_ions = Y0,Y1\n"
-            "Y_ion_relative_intensity = 0.3\n"
-            "N_glycan_motifs = NXS,NXT\n"
-            "protein_database = db.fasta\n"
-            "[search]\n"
-            "input_speclib_filename = lib.quolib\n"
-            "query_dataset_number = 0\n"
-            "query_dataset_format = mgf\n"
-            "query_precursor_ion_unit = ppm\n"
-            "query_precursor_ion_tolerance = 10\n"
-            "query_product_ion_unit = Da\n");
-  testutil::RunResult result = Run("run.conf\n");
-  EXPECT_EQ(result.output, Fault("query_product_ion_unit", "search"));
-  EXPECT_EQ(result.exitCode, 1);
-  EXPECT_FALSE(testutil::FileExists(Beside("lib.quolib")));
-}
-
-TEST_F(RunOrder, MissingEmptyAndBinaryConfigurationFiles) {
-  testutil::RunResult result = Run("absent.conf\n");
-  EXPECT_EQ(result.output, "Error when reading \"absent.conf\".\n");
-  EXPECT_EQ(result.exitCode, 255);
-
-  std::filesystem::create_directory(Beside("folder.conf"));
-  result = Run("folder.conf\n");
-  EXPECT_EQ(result.output, "Error when reading \"folder.conf\".\n");
-  EXPECT_EQ(result.exitCode, 255);
-
-  WriteFile(Beside("empty.conf"), "");
-  result = Run("empty.conf\n");
-  EXPECT_EQ(result.output, Fault("identification_format", "construction"));
-  EXPECT_EQ(result.exitCode, 1);
-
+// The program installed in one folder and started from another: every
+// relative name is taken beside the executable.
+TEST(RunOrder, ConsoleAndExitStatusOfEachWayThroughTheRun) {
+  TempDir installDir, startDir;
+  const std::string program = testutil::InstallProgram(installDir.path().string());
+  auto beside = [&](const std::string& name) { return installDir / name; };
+  WriteFile(beside("run.conf"), kBothOff);
+  WriteFile(beside("crlf.conf"),
+            "[construction]\r\nconstruction = No\r\n[search]\r\nsearch = NO\r\n");
+  WriteFile(startDir / "here.conf", kBothOff);
+  std::filesystem::create_directory(beside("folder.conf"));
+  WriteFile(beside("empty.conf"), "");
   std::string binary;
   for (int i = 0; i < 100000; ++i) binary.push_back(static_cast<char>((i * 37 + 11) % 256));
-  WriteFile(Beside("binary.conf"), binary);
-  result = Run("binary.conf\n");
-  EXPECT_EQ(result.output, Fault("identification_format", "construction"));
-  EXPECT_EQ(result.exitCode, 1);
-}
-
-TEST_F(RunOrder, LongLinesAndLinesBeforeTheFirstSection) {
-  WriteFile(Beside("long.conf"), "# " + std::string(100000, 'c') + "\n[construction]\nconstruction = no\n" +
-                                      "unused = " + std::string(50000, 'v') + "\n" + "[search]\n" +
-                                      "search = no ; " + std::string(20000, 'x') + "\n");
-  testutil::RunResult result = Run("long.conf\n");
-  EXPECT_EQ(result.output, "Finish!\n");
-  EXPECT_EQ(result.exitCode, 0);
-
+  WriteFile(beside("binary.conf"), binary);
+  WriteFile(beside("long.conf"), "# " + std::string(100000, 'c') + "\n" + kBothOff + "unused = " +
+                                     std::string(50000, 'v') + " ;" + std::string(20000, 'x'));
   // A key before any header belongs to no section: construction stays enabled.
-  WriteFile(Beside("early.conf"), "construction = no\n[construction]\n[search]\nsearch = no\n");
-  result = Run("early.conf\n");
-  EXPECT_EQ(result.output, Fault("identification_format", "construction"));
-  EXPECT_EQ(result.exitCode, 1);
+  WriteFile(beside("early.conf"), "construction = no\n[construction]\n[search]\nsearch = no\n");
+  // A fault in the search section ends the run before any construction work.
+  WriteFile(beside("searchfault.conf"),
+            "[construction]\nidentification_format = tab-txt\nidentification_number = 1\n"
+            "identification_filename_1 = ids.txt\nlibrary_dataset_number = 1\n"
+            "library_dataset_format = mgf\nlibrary_dataset_pathname_1 = spectra.mgf\n"
+            "library_product_ion_unit = da\nlibrary_product_ion_tolerance = 0.02\ntheta = 0.5\n"
+            "output_speclib_filename = lib.quolib\nadded_Y_ions = Y0,Y1\n"
+            "Y_ion_relative_intensity = 0.3\nN_glycan_motifs = NXS,NXT\nprotein_database = db\n"
+            "[search]\ninput_speclib_filename = lib.quolib\nquery_dataset_number = 0\n"
+            "query_dataset_format = mgf\nquery_precursor_ion_unit = ppm\n"
+            "query_precursor_ion_tolerance = 10\nquery_product_ion_unit = Da\n");
+  const std::string longName(5000, 'n');
 
-  // A very long configuration name is simply a file that isn't there.
-  std::string longName(5000, 'n');
-  result = Run(longName + "\n");
-  EXPECT_EQ(result.output, "Error when reading \"" + longName + "\".\n");
-  EXPECT_EQ(result.exitCode, 255);
+  struct Case {
+    std::string input, output;
+    int exitCode;
+  };
+  const Case cases[] = {
+      {"run.conf\n", "Finish!\n", 0},
+      {"crlf.conf\r\n", "Finish!\n", 0},
+      {"run.conf\nsomething else\n", "Finish!\n", 0},  // only the first line is read
+      {"run.conf", "Finish!\n", 0},
+      {"here.conf\n", "Error when reading \"here.conf\".\n", 255},
+      {startDir / "here.conf", "Finish!\n", 0},
+      {"", kUsage + "Error when reading \"\".\n", 255},
+      {"\n", kUsage + "Error when reading \"\".\n", 255},
+      {"absent.conf\n", "Error when reading \"absent.conf\".\n", 255},
+      {"folder.conf\n", "Error when reading \"folder.conf\".\n", 255},
+      {"empty.conf\n", Fault("identification_format", "construction"), 1},
+      {"binary.conf\n", Fault("identification_format", "construction"), 1},
+      {"long.conf\n", "Finish!\n", 0},
+      {"early.conf\n", Fault("identification_format", "construction"), 1},
+      {"searchfault.conf\n", Fault("query_product_ion_unit", "search"), 1},
+      {longName + "\n", "Error when reading \"" + longName + "\".\n", 255},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.input.substr(0, 40));
+    // An argument on the command line changes nothing.
+    testutil::RunResult result =
+        testutil::RunProgram(program, c.input, startDir.path().string(), {"run.conf"});
+    EXPECT_EQ(result.output, c.output);
+    EXPECT_EQ(result.exitCode, c.exitCode);
+  }
+  EXPECT_FALSE(testutil::FileExists(beside("lib.quolib")));
 }
 
 }  // namespace

@@ -56,6 +56,7 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
   current.query = &query;
   ClearMatches();
   if (candidates.empty()) return current;
+  PrepareQueryLookup(query);
 
   for (std::size_t i = 0; i < candidates.size(); ++i) {
     const CGlycan* choice = nullptr;
@@ -81,7 +82,7 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
       current.glycanName.clear();
       current.glycanMass = 0.0;
     }
-    ScoreCandidate(query, *candidates[i]);
+    ScoreCandidateFast(query, *candidates[i]);
   }
 
   ComputeScores(query.topPeakCount);
@@ -115,9 +116,8 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
   return current;
 }
 
-void CSpectrumMatcher::ScoreCandidate(const CSpectrum& query, CSpectrum& library) {
+void CSpectrumMatcher::StartCandidate(CSpectrum& library) {
   library.ResetPeakUsed();
-  const double shift = query.precursorMass - library.precursorMass;
   current.library = &library;
   current.libraryPeakCount = static_cast<int32_t>(library.topPeakCount);
   current.matchedTopPeakCount = 0;
@@ -127,7 +127,31 @@ void CSpectrumMatcher::ScoreCandidate(const CSpectrum& query, CSpectrum& library
   current.psIons.clear();
   current.dpsPairs.clear();
   current.psPairs.clear();
+}
 
+void CSpectrumMatcher::TakePair(const CSpectrum& query, const CSpectrum& library, std::size_t q,
+                                int l) {
+  const CPeak& found = library.peaks[static_cast<std::size_t>(l)];
+  // An unannotated library peak stays marked even though it does not count.
+  if (found.type == kPeakUnannotated) return;
+  const auto pair = std::make_pair(static_cast<uint32_t>(q), static_cast<uint32_t>(l));
+  current.dpsPairs.push_back(pair);
+  const double mean = (found.intensity + query.peaks[q].intensity) * 0.5;
+  current.dps += mean * mean;
+  if (q < query.topPeakCount) {
+    ++current.matchedTopPeakCount;
+    current.psPairs.push_back(pair);
+  }
+}
+
+void CSpectrumMatcher::ScoreCandidate(const CSpectrum& query, CSpectrum& library) {
+  PrepareQueryLookup(query);
+  ScoreCandidateFast(query, library);
+}
+
+void CSpectrumMatcher::ScoreCandidateByPeakSearch(const CSpectrum& query, CSpectrum& library) {
+  StartCandidate(library);
+  const double shift = query.precursorMass - library.precursorMass;
   const CSearchParam& search = CParam::GetInstance().search;
   const double toleranceValue = search.query_product_ion_tolerance;
   const int32_t toleranceUnit = search.query_product_ion_unit;
@@ -144,18 +168,155 @@ void CSpectrumMatcher::ScoreCandidate(const CSpectrum& query, CSpectrum& library
     const CPeak& peak = queryPeaks[q];
     const double tolerance = ToleranceInDa(toleranceValue, toleranceUnit, peak.mz);
     const int l = library.FindShiftedPeak(peak.mz, tolerance, highestCharge, shift);
-    // An unannotated library peak stays marked even though it does not count.
-    if (l < 0 || library.peaks[static_cast<std::size_t>(l)].type == kPeakUnannotated) continue;
-    const auto pair = std::make_pair(static_cast<uint32_t>(q), static_cast<uint32_t>(l));
-    current.dpsPairs.push_back(pair);
-    const double mean = (library.peaks[static_cast<std::size_t>(l)].intensity + peak.intensity) * 0.5;
-    current.dps += mean * mean;
-    if (q < query.topPeakCount) {
-      ++current.matchedTopPeakCount;
-      current.psPairs.push_back(pair);
+    if (l >= 0) TakePair(query, library, q, l);
+  }
+  FinishCandidate(query, library);
+}
+
+// The look-up turns the search around. FindShiftedPeak asks, for each query
+// peak in turn, which library peaks lie in its windows; almost always none do.
+// Here each library peak asks which query windows it lies in: the direct one
+// at its own m/z, and for a b or y ion of charge z the window of charge z, which
+// holds the peak when the query peak lies near mz + shift / z. The answers are
+// pairs (query peak, charge or 0, library peak), which are then replayed in the
+// order of the rule: query peaks by descending intensity, the direct pairs
+// before the shifted ones, charges and library peaks ascending, with the marks
+// of peakUsed as FindShiftedPeak sets them. A pair is kept only if the very
+// bounds of FindShiftedPeak hold it (lower <= mz < upper, computed the same
+// way), so the result is identical; the buckets only have to be wide enough,
+// which is what `reach` (tolerance plus a margin far above rounding) ensures.
+void CSpectrumMatcher::PrepareQueryLookup(const CSpectrum& query) {
+  lookupUsable = false;
+  windows.clear();
+  const CSearchParam& search = CParam::GetInstance().search;
+  const double toleranceValue = search.query_product_ion_tolerance;
+  const int32_t toleranceUnit = search.query_product_ion_unit;
+  double largestTolerance = 0.0, largestMz = 0.0;
+  for (std::size_t q = 0; q < query.peaks.size(); ++q) {
+    const double mz = query.peaks[q].mz;
+    // A peak at a non-finite m/z has an empty window: it never finds a peak.
+    if (!std::isfinite(mz)) continue;
+    const double tolerance = ToleranceInDa(toleranceValue, toleranceUnit, mz);
+    if (!std::isfinite(tolerance)) return;
+    windows.push_back({mz, tolerance, mz - tolerance, mz + tolerance, static_cast<uint32_t>(q)});
+    largestTolerance = std::max(largestTolerance, tolerance);
+    largestMz = std::max(largestMz, std::fabs(mz));
+  }
+  bucketCount = 0;
+  const double scale = 1.0 + largestMz + largestTolerance;
+  if (!std::isfinite(scale)) return;
+  scaleLimit = 1e3 * scale;
+  if (windows.empty()) {
+    lookupUsable = true;
+    return;
+  }
+  std::sort(windows.begin(), windows.end(), [](const QueryWindow& a, const QueryWindow& b) {
+    return a.mz < b.mz || (a.mz == b.mz && a.index < b.index);
+  });
+  const double reach = largestTolerance + 1e-7 * scale;
+  bucketScale = 1.0 / std::max(1.0, 2.0 * reach);
+  bucketBase = windows.front().mz - reach;
+  const double span = (windows.back().mz + reach - bucketBase) * bucketScale;
+  if (!(span < static_cast<double>(1 << 22))) return;  // m/z spread too wide
+  bucketCount = static_cast<std::size_t>(span) + 1;
+  buckets.assign(bucketCount, {0, 0});
+  // Each window goes into every bucket from that of mz - reach to that of
+  // mz + reach. Both ends rise with the m/z, so a bucket holds a run of windows.
+  for (std::size_t w = 0; w < windows.size(); ++w) {
+    std::size_t from = 0, to = 0;
+    if (!BucketOf(windows[w].mz - reach, from) || !BucketOf(windows[w].mz + reach, to)) {
+      bucketCount = 0;
+      return;
+    }
+    for (std::size_t b = from; b <= to; ++b) {
+      if (buckets[b].second == 0) buckets[b].first = static_cast<uint32_t>(w);
+      buckets[b].second = static_cast<uint32_t>(w + 1) - buckets[b].first;
+    }
+  }
+  lookupUsable = true;
+}
+
+void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, CSpectrum& library) {
+  constexpr uint32_t kPeakBits = 28;
+  const double shift = query.precursorMass - library.precursorMass;
+  const std::vector<CPeak>& peaks = library.peaks;
+  if (!lookupUsable || !(std::fabs(shift) <= scaleLimit) || peaks.size() >= (1u << kPeakBits)) {
+    ScoreCandidateByPeakSearch(query, library);
+    return;
+  }
+  StartCandidate(library);
+  const uint32_t highestCharge = HighestFragmentCharge(query.charge);
+  double shiftByCharge[5] = {0.0, 0.0, 0.0, 0.0, 0.0};
+  for (uint32_t z = 1; z <= highestCharge; ++z) shiftByCharge[z] = shift / static_cast<double>(z);
+
+  hits.clear();
+  double previous = -INFINITY;
+  for (std::size_t i = 0; i < peaks.size(); ++i) {
+    const CPeak& peak = peaks[i];
+    const double mz = peak.mz;
+    // The bisections of the rule presume finite m/z in ascending order; an
+    // entry that breaks this takes the reference path.
+    if (!(std::fabs(mz) <= scaleLimit) || mz < previous) {
+      ScoreCandidateByPeakSearch(query, library);
+      return;
+    }
+    previous = mz;
+    std::size_t bucket;
+    if (BucketOf(mz, bucket)) {
+      const auto [first, count] = buckets[bucket];
+      for (uint32_t w = first; w < first + count; ++w) {
+        const QueryWindow& window = windows[w];
+        if (window.lower <= mz && mz < window.upper)
+          hits.push_back(static_cast<uint64_t>(window.index) << 32 | i);
+      }
+    }
+    const uint32_t z = peak.charge;
+    if ((peak.type != kPeakB && peak.type != kPeakY) || z < 1 || z > highestCharge) continue;
+    if (BucketOf(mz + shiftByCharge[z], bucket)) {
+      const auto [first, count] = buckets[bucket];
+      for (uint32_t w = first; w < first + count; ++w) {
+        const QueryWindow& window = windows[w];
+        const double centre = window.mz - shiftByCharge[z];
+        if (centre - window.tolerance <= mz && mz < centre + window.tolerance)
+          hits.push_back(static_cast<uint64_t>(window.index) << 32 |
+                         static_cast<uint64_t>(z) << kPeakBits | i);
+      }
     }
   }
 
+  std::sort(hits.begin(), hits.end());
+  std::vector<uint32_t>& used = library.peakUsed;
+  for (std::size_t k = 0; k < hits.size();) {
+    const uint32_t q = static_cast<uint32_t>(hits[k] >> 32);
+    int found = -1;
+    uint32_t state = 0;
+    double bestDirect = 0.0, best = -1.0;
+    for (; k < hits.size() && static_cast<uint32_t>(hits[k] >> 32) == q; ++k) {
+      const uint32_t z = static_cast<uint32_t>(hits[k] >> kPeakBits) & 0xF;
+      const std::size_t l = static_cast<std::size_t>(hits[k] & ((1u << kPeakBits) - 1));
+      if (used[l] != 0) continue;
+      const double intensity = peaks[l].intensity;
+      if (z == 0) {
+        if (found < 0 || intensity > bestDirect) {
+          found = static_cast<int>(l);
+          bestDirect = intensity;
+          state = 1;
+        }
+      } else if (intensity > best) {
+        best = intensity;
+        found = static_cast<int>(l);
+        state = 2;
+      }
+    }
+    if (found < 0) continue;
+    used[static_cast<std::size_t>(found)] = state;
+    TakePair(query, library, q, found);
+  }
+  FinishCandidate(query, library);
+}
+
+void CSpectrumMatcher::FinishCandidate(const CSpectrum& query, const CSpectrum& library) {
+  const std::vector<CPeak>& queryPeaks = query.peaks;
   double total = 0.0;
   for (const CPeak& peak : queryPeaks) total += peak.intensity * peak.intensity;
   int32_t yIons = 0, peptideIons = 0;

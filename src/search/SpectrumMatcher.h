@@ -17,6 +17,10 @@ class CSpectrumMatcher {
                        const CGlycanLists& glycanLists);
   // Scores one candidate with the glycan already in `current`; appends a record.
   void ScoreCandidate(const CSpectrum& query, CSpectrum& library);
+  // The same scoring by one FindShiftedPeak per query peak, as the rule reads;
+  // the reference that the fast look-up is tested against, and its fallback
+  // for input it cannot take (non-finite or unsorted m/z, absurd scales).
+  void ScoreCandidateByPeakSearch(const CSpectrum& query, CSpectrum& library);
   // Fills ps and score of every scored record; N is the query's topPeakCount.
   void ComputeScores(uint32_t topPeaks);
   // Sets current.glycoLoc from the match states of current.library, and may
@@ -44,12 +48,54 @@ class CSpectrumMatcher {
   std::vector<uint32_t> siteSupport;
 
  private:
+  // A query peak's direct window, [lower, upper), and its tolerance.
+  struct QueryWindow {
+    double mz;
+    double tolerance;
+    double lower;
+    double upper;
+    uint32_t index;  // place in the query's peaks
+  };
+  // Builds the look-up of query windows for `query`; lookupUsable tells
+  // whether it can serve (else every candidate takes the reference path).
+  void PrepareQueryLookup(const CSpectrum& query);
+  // Scores with the look-up of the query last prepared.
+  void ScoreCandidateFast(const CSpectrum& query, CSpectrum& library);
+  // Resets `current` for a new candidate (step 3 of the scoring).
+  void StartCandidate(CSpectrum& library);
+  // Records a found library peak l for query peak q and adds to dps.
+  void TakePair(const CSpectrum& query, const CSpectrum& library, std::size_t q, int l);
+  // Ion statistics from the pair lists; appends the record.
+  void FinishCandidate(const CSpectrum& query, const CSpectrum& library);
   // Fills dpsIons and psIons of `current` from its pair lists.
   void NameMatchedIons();
+  // Bucket of the look-up that holds m/z x; false outside the table.
+  bool BucketOf(double x, std::size_t& bucket) const {
+    const double y = (x - bucketBase) * bucketScale;
+    if (!(y >= 0.0 && y < static_cast<double>(bucketCount))) return false;
+    bucket = static_cast<std::size_t>(y);
+    return true;
+  }
 
   std::vector<CSpectralMatch> matches;  // the first matchCount are in use
   std::size_t matchCount = 0;
   std::vector<uint32_t> order;
   std::vector<CPeak> ionScratch;
   std::vector<int> sitePositions;
+
+  // Look-up of the current query: windows by ascending m/z; per bucket of
+  // m/z the run of windows (first, count) that may reach into it.
+  std::vector<QueryWindow> windows;
+  std::vector<std::pair<uint32_t, uint32_t>> buckets;
+  std::size_t bucketCount = 0;
+  double bucketBase = 0.0;
+  double bucketScale = 1.0;
+  double scaleLimit = 0.0;  // |shift| and library m/z the look-up stays exact for
+  bool lookupUsable = false;
+  // Candidate pairs of one candidate: query peak << 32 | charge << 28 | library peak.
+  std::vector<uint64_t> hits;
+  // Cached binomial tails: for a libraryPeakCount, the tails of k0 = 0..N.
+  std::vector<std::vector<double>> tailCache;
+  uint32_t tailCacheN = 0;
+  double tailCacheShare = 0.0;
 };

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "SpectrumTestUtil.h"
 #include "common/TestUtil.h"
 #include "spectrum/QuolibIO.h"
 
@@ -20,19 +21,12 @@ CSpectrum Entry() {
   s.lastAA = "AG";
   s.startPosition = 42;
   s.motifs = {{3, "NXT"}, {9, "NXS"}};
-  CPeak a;
-  a.mz = 204.08671;
-  a.intensity = 0.5;
-  a.count = 3;
-  a.type = 0;
-  a.position = 2;
-  a.charge = 1;
-  CPeak b;
-  b.mz = 300.0;
-  b.intensity = 1.0 / 3.0;
-  b.count = 0;
-  b.type = 4;
-  s.peaks = {a, b};
+  s.peaks = {spectest::MakePeak(204.08671, 0.5), spectest::MakePeak(300.0, 1.0 / 3.0)};
+  s.peaks[0].count = 3;
+  s.peaks[0].type = 0;
+  s.peaks[0].position = 2;
+  s.peaks[0].charge = 1;
+  s.peaks[1].count = 0;  // a theoretical peak seen in no spectrum
   return s;
 }
 
@@ -55,25 +49,23 @@ const char* const kEntryText =
     "\n";
 
 void ExpectSameEntry(const CSpectrum& got, const CSpectrum& want) {
-  EXPECT_EQ(got.name, want.name);
-  EXPECT_EQ(got.sequence, want.sequence);
+  EXPECT_EQ(got.name + "|" + got.sequence + "|" + got.proteinAC + "|" + got.prevAA + "|" +
+                got.lastAA,
+            want.name + "|" + want.sequence + "|" + want.proteinAC + "|" + want.prevAA + "|" +
+                want.lastAA);
   EXPECT_EQ(got.modifications, want.modifications);
   EXPECT_DOUBLE_EQ(got.precursorMass, want.precursorMass);
-  EXPECT_EQ(got.charge, want.charge);
-  EXPECT_EQ(got.frequency, want.frequency);
-  EXPECT_EQ(got.proteinAC, want.proteinAC);
-  EXPECT_EQ(got.prevAA, want.prevAA);
-  EXPECT_EQ(got.lastAA, want.lastAA);
-  EXPECT_EQ(got.startPosition, want.startPosition);
+  EXPECT_EQ(std::vector<int64_t>({got.charge, got.frequency, got.startPosition}),
+            std::vector<int64_t>({want.charge, want.frequency, want.startPosition}));
   EXPECT_EQ(got.motifs, want.motifs);
   ASSERT_EQ(got.peaks.size(), want.peaks.size());
   for (std::size_t i = 0; i < got.peaks.size(); ++i) {
-    EXPECT_NEAR(got.peaks[i].mz, want.peaks[i].mz, 5e-5);
-    EXPECT_NEAR(got.peaks[i].intensity, want.peaks[i].intensity, 5e-5);
-    EXPECT_EQ(got.peaks[i].count, want.peaks[i].count);
-    EXPECT_EQ(got.peaks[i].type, want.peaks[i].type);
-    EXPECT_EQ(got.peaks[i].position, want.peaks[i].position);
-    EXPECT_EQ(got.peaks[i].charge, want.peaks[i].charge);
+    const CPeak& g = got.peaks[i];
+    const CPeak& w = want.peaks[i];
+    EXPECT_NEAR(g.mz, w.mz, 5e-5);
+    EXPECT_NEAR(g.intensity, w.intensity, 5e-5);
+    EXPECT_EQ(std::vector<int64_t>({g.count, g.type, g.position, g.charge}),
+              std::vector<int64_t>({w.count, w.type, w.position, w.charge}));
   }
 }
 }  // namespace
@@ -116,25 +108,29 @@ TEST(QuolibIOTest, EntryTextIsExactAndReadsBackEqual) {
   EXPECT_TRUE(spectra[1].modifications.empty());
 }
 
-TEST(QuolibIOTest, ReaderTakesCrlfCommasAndCutsValuesAtEquals) {
+TEST(QuolibIOTest, ReaderGoesByLinePositionAndKeepsWhatFailsToScan) {
   testutil::TempDir dir;
-  const std::string path = dir / "crlf.quolib";
   std::string text = kEntryText;
+  // Lines 8 to 10 are read by position: any key, the value cut at a second "=".
+  text.replace(text.find("ProteinAC=P12345"), 16, "ProteinAC= P1=extra ");
+  text.replace(text.find("PrevAA=K"), 8, "Anything=K");
+  text.replace(text.find("3:NXT;9:NXS"), 11, " 3 : NXT ;9:NXS;");
+  text.replace(text.find("204.0867 0.5000 3 0 2 1"), 23, "204.0867,0.5000\t3 ,0 2 1");
+  // A second entry whose charge fails to scan keeps the charge read before.
+  std::string second = kEntryText;
+  second.replace(second.find("SpectrumName=1"), 14, "SpectrumName=2");
+  second.replace(second.find("Charge=2"), 8, "Charge=x");
   std::string crlf;
-  for (char c : text) {
-    if (c == '\n') crlf += '\r';
-    crlf += c;
-  }
-  crlf.replace(crlf.find("P12345"), 6, "P1=extra ");
-  crlf.replace(crlf.find("204.0867 0.5000 3 0 2 1"), 23, "204.0867,0.5000\t3 ,0 2 1");
-  testutil::WriteFile(path, crlf);
+  for (char c : text + second) crlf += c == '\n' ? std::string("\r\n") : std::string(1, c);
+  testutil::WriteFile(dir / "crlf.quolib", crlf);
   CQuolibIO reader;
-  reader.OpenRead(path);
+  reader.OpenRead(dir / "crlf.quolib");
   std::vector<CSpectrum> spectra;
-  ASSERT_TRUE(reader.ReadByName("1", spectra));
+  ASSERT_EQ(reader.ReadAll(spectra), 2u);
   CSpectrum want = Entry();
   want.proteinAC = "P1";
   ExpectSameEntry(spectra[0], want);
+  EXPECT_EQ(spectra[1].charge, 2u);
 }
 
 TEST(QuolibIOTest, NamesSortAsBytesAndCutFilesStopAtTheEnd) {
@@ -159,9 +155,8 @@ TEST(QuolibIOTest, NamesSortAsBytesAndCutFilesStopAtTheEnd) {
   reader.OpenRead(path);
   std::vector<CSpectrum> spectra;
   reader.ReadAll(spectra);
-  std::vector<std::string> names;
-  for (const CSpectrum& s : spectra) names.push_back(s.name);
-  EXPECT_EQ(names, (std::vector<std::string>{"1", "10", "100", "2", "Decoy_10", "Decoy_2"}));
+  EXPECT_EQ(spectest::Names(spectra),
+            (std::vector<std::string>{"1", "10", "100", "2", "Decoy_10", "Decoy_2"}));
   EXPECT_EQ(spectra[0].peaks.size(), 1u);  // "1", written last, lost its second peak line
   EXPECT_EQ(spectra[1].peaks.size(), 2u);
 }

@@ -228,13 +228,15 @@ TEST_F(CrossFormatTest, QueriesGiveTheSameResultsInEveryDatasetFormat) {
   const CBuild& reference = Reference(kUnimod, "Deamidated[N]");
   ASSERT_EQ(reference.run.exitCode, 0) << reference.run.output;
   testutil::WriteFile(Path("lib.quolib"), reference.library);
+  // A directory reads the same with a trailing separator and skips files of other extensions.
+  testutil::WriteFile(Path("glyco_run1.dir/notes.txt"), "1000.0 2\n138.055 100\n");
   std::map<std::string, std::string> results;
   for (const std::string format : {"mgf", "dta", "dtas"}) {
     SCOPED_TRACE(format);
     TempDir install;
     const std::string search = "search = yes\ninput_speclib_filename = " + Path("lib.quolib") +
                                "\nquery_dataset_number = 1\nquery_dataset_format = " + format +
-                               "\nquery_dataset_pathname_1 = " + Path(format == "dta" ? "glyco_run1.dir" : "glyco_run1." + format) +
+                               "\nquery_dataset_pathname_1 = " + Path(format == "dta" ? "glyco_run1.dir/" : "glyco_run1." + format) +
                                "\nquery_precursor_ion_unit = ppm\nquery_precursor_ion_tolerance = 10\n"
                                "query_product_ion_unit = da\nquery_product_ion_tolerance = 0.02\n"
                                "output_result_filename = " + (install / "result.txt") + "\nminimal_peptide_ions = 2\n";

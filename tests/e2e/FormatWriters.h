@@ -81,10 +81,12 @@ inline std::string TabTxt(const std::vector<CIdent>& ids, const CStyle& style) {
 
 inline std::string Quorin(const std::vector<CIdent>& ids, const CStyle& style) {
   std::string text = "Spectrum Name\tSequence\tModification\tCharge\n";
-  for (const CIdent& id : ids) {
+  for (std::size_t i = 0; i < ids.size(); ++i) {
+    const CIdent& id = ids[i];
+    const std::string sep = i % 2 ? " , " : "\t";  // a blank-comma-blank run separates too
     std::string mods;
     for (const auto& [pos, name] : id.mods) mods += std::to_string(pos) + "," + style.Mod(name) + ";";
-    text += id.Name(style.suffix) + "\t" + id.sequence + "\t" + (mods.empty() ? "-" : mods) + "\t" + id.charge + "\n";
+    text += id.Name(style.suffix) + sep + id.sequence + sep + (mods.empty() ? "-" : mods) + sep + id.charge + "\n";
   }
   return text;
 }
@@ -105,6 +107,8 @@ inline std::string Lanvek(const std::vector<CIdent>& ids, const CStyle& style,
 }
 
 // Modification table ids 1 to 9 in the order of `unimods`; names as "Deamidated (N)".
+// Every other title has words and commas behind the name, which shift no column
+// the reader needs.
 inline std::string Mascot(const std::vector<CIdent>& ids, const CStyle& style,
                           const std::vector<std::string>& unimods) {
   std::string text = "\"Variable modifications,------\"\n\"\"\n\"Identifier,Name,Delta\"\n";
@@ -114,18 +118,20 @@ inline std::string Mascot(const std::vector<CIdent>& ids, const CStyle& style,
     text += "\"" + std::to_string(i + 1) + "," + name + ",0.0\"\n";
   }
   text += "\"\"\n\"Protein hits,------\"\n\"\"\nprot_hit_num,prot_acc,pep_seq,pep_var_mod_pos,pep_scan_title\n";
-  for (const CIdent& id : ids) {
+  for (std::size_t row = 0; row < ids.size(); ++row) {
+    const CIdent& id = ids[row];
     std::string digits(id.sequence.size(), '0');
     for (const auto& [pos, name] : id.mods)
       for (std::size_t i = 0; i < unimods.size(); ++i)
         if (unimods[i] == name) digits[pos - 1] = static_cast<char>('1' + i);
     text += "1,\"sp|P1\"," + id.sequence + ",0." + digits + ".0,\"" + id.Name(style.suffix) +
-            " Cmpd 12, +MSn(703.1), 22.5 min\"\n";
+            (row % 2 ? "\"\n" : " Cmpd 12, +MSn(703.1), 22.5 min\"\n");
   }
   return text;
 }
 
-// pepXML with modification names from residue and modified residue mass.
+// pepXML with modification names from residue and modified residue mass. Second
+// hits and a query under the probability threshold 0.9 must be passed over.
 inline std::string PepXml(const std::vector<CIdent>& ids, const CStyle& style, const CMassTable& table,
                           const std::vector<std::string>& unimods) {
   auto modMass = [&](const std::string& unimod) {
@@ -139,7 +145,12 @@ inline std::string PepXml(const std::vector<CIdent>& ids, const CStyle& style, c
   for (const std::string& m : unimods)
     text += "<aminoacid_modification aminoacid=\"" + std::string(1, m[m.size() - 2]) + "\" massdiff=\"" +
             std::to_string(table.Modification(m)) + "\" mass=\"" + modMass(m) + "\"/>\n";
-  text += "</search_summary>\n";
+  text += "</search_summary>\n"
+          "<spectrum_query spectrum=\"lib_run1.999.999.2.dta\" assumed_charge=\"2\">\n<search_result>\n"
+          "<search_hit peptide=\"AANGTK\">\n<modification_info>\n<mod_aminoacid_mass position=\"3\" mass=\"" +
+          modMass("Deamidated[N]") + "\"/>\n</modification_info>\n<analysis_result>\n"
+          "<peptideprophet_result probability=\"0.89\"/>\n</analysis_result>\n</search_hit>\n</search_result>\n"
+          "</spectrum_query>\n";
   for (const CIdent& id : ids) {
     text += "<spectrum_query spectrum=\"" + id.Name(style.suffix) + "\" assumed_charge=\"" + id.charge +
             "\">\n<search_result>\n<search_hit hit_rank=\"1\" peptide=\"" + id.sequence + "\">\n";
@@ -150,7 +161,9 @@ inline std::string PepXml(const std::vector<CIdent>& ids, const CStyle& style, c
       text += "</modification_info>\n";
     }
     text += "<analysis_result analysis=\"peptideprophet\">\n<peptideprophet_result probability=\"0.97\"/>\n"
-            "</analysis_result>\n</search_hit>\n</search_result>\n</spectrum_query>\n";
+            "</analysis_result>\n</search_hit>\n<search_hit hit_rank=\"2\" peptide=\"WWWWWK\">\n"
+            "<analysis_result>\n<peptideprophet_result probability=\"0.99\"/>\n</analysis_result>\n"
+            "</search_hit>\n</search_result>\n</spectrum_query>\n";
   }
   return text + "</msms_run_summary>\n</msms_pipeline_analysis>\n";
 }
@@ -160,11 +173,12 @@ inline std::string PepXml(const std::vector<CIdent>& ids, const CStyle& style, c
 // its modifications, so that no label is recovered.
 inline std::string MaxQuant(const std::vector<CIdent>& ids, const CStyle& style, const CMassTable& table) {
   const std::vector<std::string> heads = {"Deamidation (N)", "Oxidation (M)"};
-  std::string text = "Raw file\tScan number\tSequence\tCharge\tModified sequence";
+  std::string text = "Index\tRaw file\tScan number\tSequence\tCharge\tModified sequence";
   for (const char* group : {" Probabilities", " Score Diffs", ""})
     for (const std::string& head : heads) text += "\t" + head + group;
-  text += "\tProteins\tMass\n";
+  text += "\tProteins\tMass\tid\n";
   for (const CIdent& id : ids) {
+    if (&id == &ids[ids.size() / 2]) text += "\n";  // empty lines are skipped
     double mass = table.Molecule("H2O");
     for (char residue : id.sequence) mass += table.AminoAcid(residue);
     std::string modified = "_";
@@ -178,8 +192,8 @@ inline std::string MaxQuant(const std::vector<CIdent>& ids, const CStyle& style,
     }
     char massText[32];
     std::snprintf(massText, sizeof massText, "%.5f", mass);
-    text += id.run + "\t" + id.scan + "\t" + id.sequence + "\t" + id.charge + "\t" + modified + "_" +
-            "\t1\t1\t50\t50\t" + "\t\tP1\t" + massText + "\n";
+    text += "7\t" + id.run + "\t" + id.scan + "\t" + id.sequence + "\t" + id.charge + "\t" + modified + "_" +
+            "\t1\t1\t50\t50\t" + "\t\tP1\t" + massText + "\t" + id.scan + "\n";
   }
   return text;
 }

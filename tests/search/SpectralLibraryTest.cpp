@@ -56,11 +56,11 @@ std::pair<Names, std::vector<Names>> Select(CSpectralLibrary& lib, double mass,
 
 TEST(SpectralLibrary, LoadTrimsCountsAnnotatedPeaksNormalisesAndIndexesByCharge) {
   testutil::TempDir dir;
-  testutil::WriteFile(dir / "lib.quolib",
-                      Entry("1", 1000, 2, "2500 3 1 0 5 1\n100 4 1 4 0 0\n2500.5 2 1 1 5 1\n"
-                                          "300 0 1 2 1 1\n") +
-                          Entry("2", 1100, 9, "200 1 1 0 2 1\n") + Entry("3", 900, 3, "2600 1 1 4 0 0\n") +
-                          Entry("4", 900, 2, "200 1 1 4 0 0\n300 nan 1 0 2 1\n") + Entry("5", 800, 0, ""));
+  testutil::WriteFile(
+      dir / "lib.quolib",
+      Entry("1", 1000, 2, "2500 3 1 0 5 1\n100 4 1 4 0 0\n2500.5 2 1 1 5 1\n300 0 1 2 1 1\n") +
+          Entry("2", 1100, 9, "200 1 1 0 2 1\n") + Entry("3", 900, 3, "2600 1 1 4 0 0\n") +
+          Entry("4", 900, 2, "200 1 1 4 0 0\n300 nan 1 0 2 1\n") + Entry("5", 800, 0, ""));
   CSpectralLibrary lib;
   lib.file = {dir / "lib.quolib", 0};
   lib.Load();

@@ -73,7 +73,9 @@ TEST(FindShiftedPeak, AgreesWithAScanOfEveryPeak) {
     return found;
   };
   std::mt19937 rng(7);
-  auto tenths = [&](int low, int high) { return (low + static_cast<int>(rng() % (high - low))) / 10.0; };
+  auto tenths = [&](int low, int high) {
+    return (low + static_cast<int>(rng() % static_cast<unsigned>(high - low))) / 10.0;
+  };
   for (int round = 0; round < 200; ++round) {
     CSpectrum s;
     for (int i = 0, n = static_cast<int>(rng() % 40); i < n; ++i)
@@ -91,12 +93,15 @@ TEST(FindShiftedPeak, AgreesWithAScanOfEveryPeak) {
 }
 
 TEST(SpectrumMatcher, IonNamesAndHighestFragmentCharge) {
-  EXPECT_EQ(Peak(1, 1, kPeakB, 3, 1).GetIonName() + Peak(1, 1, kPeakY, 11, 2).GetIonName() +
-                Peak(1, 1, kPeakYCore, 2, 1).GetIonName(), "b3+y11++Y2+");
-  EXPECT_EQ(Peak(1, 1, kPeakOther, 0, 0).GetIonName() + Peak(1, 1, kPeakUnannotated, 7, 1).GetIonName() +
-                Peak(1, 1, 9, 7, 1).GetIonName(), "o0u7+7+");
-  const uint32_t expected[] = {4, 1, 2, 2, 3, 4, 4, 4, 4, 4};
-  for (uint32_t z = 0; z < 10; ++z) EXPECT_EQ(CSpectrumMatcher::HighestFragmentCharge(z), expected[z]);
+  std::string names;
+  for (const CPeak& p : {Peak(1, 1, kPeakB, 3, 1), Peak(1, 1, kPeakY, 11, 2),
+                         Peak(1, 1, kPeakYCore, 2, 1), Peak(1, 1, kPeakOther, 0, 0),
+                         Peak(1, 1, kPeakUnannotated, 7, 1), Peak(1, 1, 9, 7, 1)})
+    names += p.GetIonName() + " ";
+  EXPECT_EQ(names, "b3+ y11++ Y2+ o0 u7+ 7+ ");
+  const uint32_t highest[] = {4, 1, 2, 2, 3, 4, 4, 4, 4, 4};  // by query charge 0..9
+  for (uint32_t z = 0; z < 10; ++z)
+    EXPECT_EQ(CSpectrumMatcher::HighestFragmentCharge(z), highest[z]);
 }
 
 class Matching : public ::testing::Test {
@@ -146,8 +151,9 @@ TEST_F(Matching, ScoresMatchedPeaksIonsAndSite) {
 
 TEST_F(Matching, MinimalPeptideIonsDecidesBetweenCandidates) {
   // Only Y ions, all matching directly: the higher score.
-  CSpectrum yOnly = Spectrum(1000.0, 2, {Peak(200, 1, kPeakYCore, 0, 1), Peak(900, 1, kPeakYCore, 1, 1),
-                                         Peak(1350, 1, kPeakYCore, 2, 1)});
+  CSpectrum yOnly = Spectrum(1000, 2, {Peak(200, 1, kPeakYCore, 0, 1),
+                                       Peak(900, 1, kPeakYCore, 1, 1),
+                                       Peak(1350, 1, kPeakYCore, 2, 1)});
   yOnly.sequence = "PEPJTIDE";
   yOnly.topPeakCount = 3;
   Glycans glycans({{"g", 1000.0}}, {{0}, {0}});

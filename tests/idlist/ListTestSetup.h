@@ -1,4 +1,6 @@
 #pragma once
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
@@ -25,6 +27,35 @@ inline std::vector<CIdentifiedSpectrum> ReadList(int32_t format, const std::stri
   reader->Init(file);
   reader->Read(list);
   delete reader;
+  return list;
+}
+
+// One line per record: "name charge sequence modifications", then, when the
+// reader knows the protein, " @accession:start prev last", then each site.
+inline std::string Summary(const CIdentifiedSpectrum& r) {
+  std::string text = r.spectrumName + " " + std::to_string(r.charge) + " " + r.sequence + " " +
+                     ModificationsToString(r.modifications);
+  if (!r.proteinAC.empty())
+    text += " @" + r.proteinAC + ":" + std::to_string(r.startPosition) + " " + r.prevAA + " " +
+            r.lastAA;
+  for (const CGlycoSite& site : r.motifs) text += " " + std::to_string(site.position) + site.sequon;
+  return text;
+}
+
+inline std::vector<std::string> Summaries(const std::vector<CIdentifiedSpectrum>& list) {
+  std::vector<std::string> lines;
+  for (const CIdentifiedSpectrum& r : list) lines.push_back(Summary(r));
+  return lines;
+}
+
+// ReadList with standard output captured into `output`, the path shown as LIST.
+inline std::vector<CIdentifiedSpectrum> ReadListCaptured(int32_t format, const std::string& path,
+                                                        std::string& output) {
+  testing::internal::CaptureStdout();
+  std::vector<CIdentifiedSpectrum> list = ReadList(format, path);
+  output = testing::internal::GetCapturedStdout();
+  for (std::size_t at; !path.empty() && (at = output.find(path)) != std::string::npos;)
+    output.replace(at, path.size(), "LIST");
   return list;
 }
 

@@ -1,156 +1,73 @@
+// The common step of every list reader: modification texts, site marking, the reader factory.
 #include <gtest/gtest.h>
 
 #include <memory>
 
 #include "ListTestSetup.h"
-#include "idlist/SpecListIO.h"
-
-namespace {
-
-CIdentifiedSpectrum Record(const std::string& sequence, std::vector<CModification> mods,
-                           const std::string& lastAA = "") {
-  CIdentifiedSpectrum r;
-  r.sequence = sequence;
-  r.modifications = std::move(mods);
-  r.lastAA = lastAA;
-  return r;
-}
-
-const std::string kMark = "Deamidated[N]";
-
-}  // namespace
 
 TEST(NormalizeParenMods, RewritesParenthesisedFields) {
-  std::string text = "null";
-  NormalizeParenMods(text);
-  EXPECT_EQ(text, "-");
-  text = "-";
-  NormalizeParenMods(text);
-  EXPECT_EQ(text, "-");
-  text = "2,M(Oxidation[M]);5,N(Deamidated[N]);";
-  NormalizeParenMods(text);
-  EXPECT_EQ(text, "2,Oxidation[M];5,Deamidated[N];");
-  // The comma drops up to the first "(", and the character behind a ")" is kept
-  // without a look: a name with its own parenthesis keeps part of the label.
-  text = "3,Deamidated (N)(Deamidated[N]);";
-  NormalizeParenMods(text);
-  EXPECT_EQ(text, "3,N(Deamidated[N];");
-  // Without a "(" behind a comma the rest of the text goes.
-  text = "4,Oxidation;";
-  NormalizeParenMods(text);
-  EXPECT_EQ(text, "4,");
-
-  std::vector<CModification> mods{{1, "x"}};
-  text = "null";
-  NormalizeParenMods(text);
-  EXPECT_TRUE(ParseModifications(text, mods));
-  EXPECT_TRUE(mods.empty());
+  const std::pair<std::string, std::string> cases[] = {
+      {"null", "-"}, {"-", "-"},
+      {"2,M(Oxidation[M]);5,N(Deamidated[N]);", "2,Oxidation[M];5,Deamidated[N];"},
+      // The comma drops up to the first "(", and the character behind a ")" is
+      // kept without a look: a label with its own parenthesis keeps part of it.
+      {"3,Deamidated (N)(Deamidated[N]);", "3,N(Deamidated[N];"},
+      {"4,Oxidation;", "4,"}};  // without a "(" the rest goes
+  for (auto [text, expected] : cases) {
+    NormalizeParenMods(text);
+    EXPECT_EQ(text, expected);
+  }
 }
 
-TEST(MarkGlycosites, MarksSequonsInsideThePeptide) {
+TEST(MarkGlycosites, CandidatesAndSequonTexts) {
   listtest::UseDefaultSettings();
-  CIdentifiedSpectrum r = Record("AANGTK", {{3, kMark}});
-  EXPECT_TRUE(MarkGlycosites(r, "00"));
-  EXPECT_EQ(r.sequence, "AAJGTK");
-  ASSERT_EQ(r.motifs.size(), 1u);
-  EXPECT_EQ(r.motifs[0], (CGlycoSite{3, "NXT"}));
-  EXPECT_EQ(r.modifications, (std::vector<CModification>{{3, kMark}}));  // untouched
+  const std::string R = "Deamidated[N]";
+  // Sites as "position:sequon;" in the order found; "" when the record is dropped.
+  struct Case { std::string sequence; std::vector<CModification> mods; std::string after, marked, sites; };
+  const Case cases[] = {
+      {"AANGTK", {{3, R}}, "00", "AAJGTK", "3:NXT;"},
+      {"NNTT", {{1, R}, {2, R}}, "00", "JJTT", "1:NXT;2:NXT;"},  // overlapping sequons
+      // A mark on no candidate drops the record, even with others on candidates.
+      {"NGTANAK", {{1, "Oxidation[M]"}, {5, R}}, "00", "NGTANAK", ""},
+      {"AANPTK", {{3, R}}, "00", "AANPTK", ""}, {"AANGCK", {{3, R}}, "00", "AANGCK", ""},
+      // Motif candidates first, then offset n-1, then n-2.
+      {"NGTKNN", {{1, R}, {5, R}, {6, R}}, "00", "JGTKJJ", "1:NXT;6:NX;5:NX;"},
+      // Unknown residues behind: a last N counts without a look; the last but
+      // one unless the last is P.
+      {"AAKN", {{4, R}}, "00", "AAKJ", "4:NX;"}, {"AANK", {{3, R}}, "00", "AAJK", "3:NX;"},
+      {"AANP", {{3, R}}, "00", "AANP", ""}, {"N", {{1, R}}, "00", "N", ""},
+      // Known residues behind, with lastAA as the reader sets it.
+      {"AAKN", {{4, R}}, "GT", "AAKJ", "4:NXT;"}, {"AAKN", {{4, R}}, "GA", "AAKN", ""},
+      {"AAKN", {{4, R}}, "PT", "AAKN", ""}, {"AAKJ", {{4, R}}, "--", "AAKJ", "4:NX-;"},
+      {"AANK", {{3, R}}, "SA", "AAJK", "3:NXS;"}, {"AANK", {{3, R}}, "AS", "AANK", ""},
+      {"AANP", {{3, R}}, "TT", "AANP", ""}};
+  for (const Case& c : cases) {
+    CIdentifiedSpectrum record;
+    record.sequence = c.sequence;
+    record.modifications = c.mods;
+    record.lastAA = c.after == "00" ? "" : c.after;
+    record.motifs = {{9, "stale"}};
+    EXPECT_EQ(MarkGlycosites(record, c.after), !c.sites.empty()) << c.sequence << " " << c.after;
+    std::string sites;
+    for (const CGlycoSite& site : record.motifs)
+      sites += std::to_string(site.position) + ":" + site.sequon + ";";
+    EXPECT_EQ(record.sequence, c.marked) << c.sequence << " " << c.after;
+    EXPECT_EQ(sites, c.sites) << c.sequence << " " << c.after;
+    EXPECT_EQ(record.modifications, c.mods);  // the mark stays on the J
+  }
 
-  // Overlapping sequons: both asparagines are candidates.
-  r = Record("NNTT", {{1, kMark}, {2, kMark}});
-  EXPECT_TRUE(MarkGlycosites(r, "00"));
-  EXPECT_EQ(r.sequence, "JJTT");
-  EXPECT_EQ(r.motifs, (std::vector<CGlycoSite>{{1, "NXT"}, {2, "NXT"}}));
-
-  // The mark on a residue that is no candidate drops the record, even with
-  // other modifications on candidates.
-  r = Record("NGTANAK", {{1, "Oxidation[M]"}, {5, kMark}});
-  EXPECT_FALSE(MarkGlycosites(r, "00"));
-  EXPECT_EQ(r.sequence, "NGTANAK");
-  EXPECT_TRUE(r.motifs.empty());
-  r = Record("AANPTK", {{3, kMark}});
-  EXPECT_FALSE(MarkGlycosites(r, "00"));
-  r = Record("AANGCK", {{3, kMark}});  // C is not among the motifs
-  EXPECT_FALSE(MarkGlycosites(r, "00"));
-
-  // Motif candidates come first, then offset n-1, then n-2.
-  r = Record("NGTKNN", {{1, kMark}, {5, kMark}, {6, kMark}});
-  EXPECT_TRUE(MarkGlycosites(r, "00"));
-  EXPECT_EQ(r.sequence, "JGTKJJ");
-  EXPECT_EQ(r.motifs, (std::vector<CGlycoSite>{{1, "NXT"}, {6, "NX"}, {5, "NX"}}));
-
-  // An empty modification_remove matches no named modification.
+  // An empty modification_remove matches no named modification; NXV alone
+  // changes the acceptor letters.
+  CIdentifiedSpectrum record;
+  record.sequence = "AANGVK";
+  record.modifications = {{3, R}};
   CParam::GetInstance().construction.modification_remove.clear();
-  r = Record("AANGTK", {{3, kMark}});
-  EXPECT_FALSE(MarkGlycosites(r, "00"));
+  EXPECT_FALSE(MarkGlycosites(record, "00"));
   listtest::UseDefaultSettings();
-
-  // A motif list of NXV alone changes the acceptor letters.
+  EXPECT_FALSE(MarkGlycosites(record, "00"));
   CParam::GetInstance().construction.N_glycan_motifs = {3};
-  r = Record("AANGVK", {{3, kMark}});
-  EXPECT_TRUE(MarkGlycosites(r, "00"));
-  r = Record("AANGTK", {{3, kMark}});
-  EXPECT_FALSE(MarkGlycosites(r, "00"));
+  EXPECT_TRUE(MarkGlycosites(record, "00"));
   listtest::UseDefaultSettings();
-}
-
-TEST(MarkGlycosites, UnknownResiduesBehindThePeptide) {
-  listtest::UseDefaultSettings();
-  // Last residue N: a candidate without further check; no lastAA gives "NX".
-  CIdentifiedSpectrum r = Record("AAKN", {{4, kMark}});
-  EXPECT_TRUE(MarkGlycosites(r, "00"));
-  EXPECT_EQ(r.sequence, "AAKJ");
-  EXPECT_EQ(r.motifs, (std::vector<CGlycoSite>{{4, "NX"}}));
-
-  // Last but one: counts unless the last residue is P; the third place is unknown.
-  r = Record("AANK", {{3, kMark}});
-  EXPECT_TRUE(MarkGlycosites(r, "00"));
-  EXPECT_EQ(r.motifs, (std::vector<CGlycoSite>{{3, "NX"}}));
-  r = Record("AANP", {{3, kMark}});
-  EXPECT_FALSE(MarkGlycosites(r, "00"));
-
-  // Too short for the end rules: dropped.
-  r = Record("N", {{1, kMark}});
-  EXPECT_FALSE(MarkGlycosites(r, "00"));
-  r = Record("", {{1, kMark}});
-  EXPECT_FALSE(MarkGlycosites(r, "00"));
-}
-
-TEST(MarkGlycosites, KnownResiduesBehindThePeptide) {
-  listtest::UseDefaultSettings();
-  CIdentifiedSpectrum r = Record("AAKN", {{4, kMark}}, "GT");
-  EXPECT_TRUE(MarkGlycosites(r, "GT"));
-  EXPECT_EQ(r.motifs, (std::vector<CGlycoSite>{{4, "NXT"}}));
-  r = Record("AAKN", {{4, kMark}}, "GA");
-  EXPECT_FALSE(MarkGlycosites(r, "GA"));
-  r = Record("AAKN", {{4, kMark}}, "PT");
-  EXPECT_FALSE(MarkGlycosites(r, "PT"));
-  // A J in the last place needs no look behind it.
-  r = Record("AAKJ", {{4, kMark}}, "--");
-  EXPECT_TRUE(MarkGlycosites(r, "--"));
-  EXPECT_EQ(r.motifs, (std::vector<CGlycoSite>{{4, "NX-"}}));
-
-  r = Record("AANK", {{3, kMark}}, "SA");
-  EXPECT_TRUE(MarkGlycosites(r, "SA"));
-  EXPECT_EQ(r.sequence, "AAJK");
-  EXPECT_EQ(r.motifs, (std::vector<CGlycoSite>{{3, "NXS"}}));
-  r = Record("AANK", {{3, kMark}}, "AS");
-  EXPECT_FALSE(MarkGlycosites(r, "AS"));
-  r = Record("AANP", {{3, kMark}}, "TT");
-  EXPECT_FALSE(MarkGlycosites(r, "TT"));
-}
-
-TEST(AddIdentified, AppendsOnlyMarkedRecords) {
-  listtest::UseDefaultSettings();
-  std::vector<CIdentifiedSpectrum> list;
-  CIdentifiedSpectrum r = Record("AANGTK", {{3, kMark}});
-  r.spectrumName = "a.1.1.2.dta";
-  AddIdentified(list, r, "00");
-  CIdentifiedSpectrum dropped = Record("AANGAK", {{3, kMark}});
-  AddIdentified(list, dropped, "00");
-  ASSERT_EQ(list.size(), 1u);
-  EXPECT_EQ(list[0].sequence, "AAJGTK");
-  EXPECT_EQ(list[0].spectrumName, "a.1.1.2.dta");
 }
 
 TEST(CreateSpecListIO, ReaderPerFormatCode) {

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "spectrum/ScanFormat.h"
 
@@ -74,60 +75,36 @@ TEST(ScanFormatTest, RandomDecimalsReadBitForBitAsSscanf) {
   }
 }
 
-TEST(ScanFormatTest, LibraryPeakAndMassChargeLines) {
-  double mz = 0, in = 0;
-  int c = -1, t = -1, p = -1, z = -1;
+TEST(ScanFormatTest, LibraryPeakMassChargeAndKeyedFields) {
+  double mz = 0, in = 0, mass = 0;
+  int c = -1, t = -1, p = -1, z = -1, charge = 0;
   EXPECT_EQ(ScanLibraryPeak("204.0867 0.5000 3 0 2 1", mz, in, c, t, p, z), 6);
-  EXPECT_EQ(mz, 204.0867);
-  EXPECT_EQ(in, 0.5);
-  EXPECT_EQ(c, 3);
-  EXPECT_EQ(t, 0);
-  EXPECT_EQ(p, 2);
-  EXPECT_EQ(z, 1);
+  EXPECT_EQ(std::vector<double>({mz, in, 1.0 * c, 1.0 * t, 1.0 * p, 1.0 * z}),
+            std::vector<double>({204.0867, 0.5, 3, 0, 2, 1}));
   EXPECT_EQ(ScanLibraryPeak("1,2\t3  4 ,5,6\r", mz, in, c, t, p, z), 6);
   EXPECT_EQ(z, 6);
-  c = t = p = z = -1;
+  z = -1;
   EXPECT_EQ(ScanLibraryPeak("1 2 +3 4", mz, in, c, t, p, z), 4);  // sscanf takes "+3"
-  EXPECT_EQ(c, 3);
-  EXPECT_EQ(z, -1);
+  EXPECT_EQ(c * 10 + z, 29);
   EXPECT_EQ(ScanLibraryPeak("9 8 x", mz, in, c, t, p, z), 2);
-  EXPECT_EQ(mz, 9.0);
-
-  double mass = 0;
-  int charge = 0;
   EXPECT_EQ(ScanMassCharge("1234.5678\t2", mass, charge), 2);
-  EXPECT_EQ(mass, 1234.5678);
-  EXPECT_EQ(charge, 2);
+  EXPECT_TRUE(mass == 1234.5678 && charge == 2);
   EXPECT_EQ(ScanMassCharge("999.5", mass, charge), 1);
-  EXPECT_EQ(mass, 999.5);
   EXPECT_EQ(charge, 2);
-}
 
-TEST(ScanFormatTest, KeyedFields) {
   std::string word = "old";
   EXPECT_TRUE(ScanKeyWord("TITLE=a.1.1.2 File:x", "TITLE=", word));
   EXPECT_EQ(word, "a.1.1.2");
   EXPECT_TRUE(ScanKeyWord("TITLE=  spaced\r", "TITLE=", word));
+  for (const char* line : {"TITLE=", "TITLE:x", "TITL", " TITLE=x"})
+    EXPECT_FALSE(ScanKeyWord(line, "TITLE=", word)) << line;
   EXPECT_EQ(word, "spaced");
-  EXPECT_FALSE(ScanKeyWord("TITLE=", "TITLE=", word));
-  EXPECT_FALSE(ScanKeyWord("TITLE:x", "TITLE=", word));
-  EXPECT_FALSE(ScanKeyWord("TITL", "TITLE=", word));
-  EXPECT_EQ(word, "spaced");
-
   int value = 0;
-  EXPECT_TRUE(ScanKeyInt("CHARGE=2+", "CHARGE=", value));
-  EXPECT_EQ(value, 2);
-  EXPECT_TRUE(ScanKeyInt("CHARGE=3+,4+", "CHARGE=", value));
-  EXPECT_EQ(value, 3);
-  EXPECT_TRUE(ScanKeyInt("CHARGE=+4", "CHARGE=", value));
+  for (auto [line, expected] : {std::pair{"CHARGE=2+", 2}, {"CHARGE=3+,4+", 3}, {"CHARGE=+4", 4}})
+    EXPECT_TRUE(ScanKeyInt(line, "CHARGE=", value) && value == expected) << line;
+  EXPECT_FALSE(ScanKeyInt("COM=x", "CHARGE=", value) || ScanKeyInt("CHARGE=x", "CHARGE=", value));
   EXPECT_EQ(value, 4);
-  EXPECT_FALSE(ScanKeyInt("COM=x", "CHARGE=", value));
-  EXPECT_FALSE(ScanKeyInt("CHARGE=x", "CHARGE=", value));
-  EXPECT_EQ(value, 4);
-
-  double mass = 0;
-  EXPECT_TRUE(ScanKeyDouble("PEPMASS=800 123", "PEPMASS=", mass));
-  EXPECT_EQ(mass, 800.0);
+  EXPECT_TRUE(ScanKeyDouble("PEPMASS=800 123", "PEPMASS=", mass) && mass == 800.0);
   EXPECT_TRUE(ScanKeyDouble("PEPMASS=433.739656098381\t424273.46875", "PEPMASS=", mass));
   EXPECT_EQ(mass, 433.739656098381);
 }

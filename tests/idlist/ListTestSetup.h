@@ -48,15 +48,20 @@ inline std::vector<std::string> Summaries(const std::vector<CIdentifiedSpectrum>
   return lines;
 }
 
-// ReadList with standard output captured into `output`, the path shown as LIST.
+// ReadList with standard output captured into `output`.
 inline std::vector<CIdentifiedSpectrum> ReadListCaptured(int32_t format, const std::string& path,
                                                         std::string& output) {
   testing::internal::CaptureStdout();
   std::vector<CIdentifiedSpectrum> list = ReadList(format, path);
   output = testing::internal::GetCapturedStdout();
-  for (std::size_t at; !path.empty() && (at = output.find(path)) != std::string::npos;)
-    output.replace(at, path.size(), "LIST");
   return list;
+}
+
+// `text` with each occurrence of `path` shown as LIST.
+inline std::string HidePath(std::string text, const std::string& path) {
+  for (std::size_t at; !path.empty() && (at = text.find(path)) != std::string::npos;)
+    text.replace(at, path.size(), "LIST");
+  return text;
 }
 
 }  // namespace listtest

@@ -1,13 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
+#include "ListTestSetup.h"
 #include "common/TestUtil.h"
 #include "idlist/MaxQuantSpecListIO.h"
-#include "run/Param.h"
 
 namespace {
+
+using Lines = std::vector<std::string>;
+constexpr int kMaxQuant = 6;
 
 // Round masses make the label arithmetic easy to follow.
 const char* kMassTable =
@@ -16,172 +16,128 @@ const char* kMassTable =
     "[Modification]\nAcetyl[Protein N-term] = 42\nArg10[R] = 10\nCarbamidomethyl[C] = 57\n"
     "Deamidation[N] = 1\nLys6[K] = 6\nOxidation[M] = 16\n";
 
+// Three groups of modification columns between "Modified sequence" and "Proteins".
 const std::string kHeading =
     "Raw file\tScan number\tSequence\tModified sequence\tDeamidation (N) Probabilities\t"
     "Oxidation (M) Probabilities\tDeamidation (N) Score diffs\tOxidation (M) Score diffs\t"
-    "Deamidation (N)\tOxidation (M)\tAcetyl (Protein N-term)\tProteins\tCharge\tMass";
+    "Deamidation (N)\tOxidation (M)\tAcetyl (Protein N-term)\tProteins\tCharge\tMass\n";
 
 std::string Row(const std::string& raw, const std::string& scan, const std::string& sequence,
                 const std::string& modified, const std::string& charge, const std::string& mass) {
   return raw + "\t" + scan + "\t" + sequence + "\t" + modified + "\tp\tp\ts\ts\t1\t0\t0\tPROT\t" +
-         charge + "\t" + mass;
+         charge + "\t" + mass + "\n";
 }
-
-using Mods = std::vector<CModification>;
 
 class MaxQuantReader : public ::testing::Test {
  protected:
   void SetUp() override {
+    listtest::UseDefaultSettings();
     CConstructionParam& c = CParam::GetInstance().construction;
     c.modification_remove = "Deamidation[N]";
-    c.N_glycan_motifs = {0, 1};
     c.mass_table_filename = dir / "MassTable.ini";
     testutil::WriteFile(c.mass_table_filename, kMassTable);
   }
   void TearDown() override {
     CParam::GetInstance().construction.mass_table_filename = kMassTableFilename;
   }
-
-  // Reads `text` as a MaxQuant table into `list`; returns what was printed.
-  std::string Read(const std::string& text, std::vector<CIdentifiedSpectrum>& list) {
-    testutil::WriteFile(dir / "msms.txt", text);
-    return ReadPath(dir / "msms.txt", list);
+  // Reads `text` as a table; `output` gets what was printed, with the path as LIST.
+  Lines Read(const std::string& text, std::string& output) {
+    testutil::WriteFile(path, text);
+    Lines records = listtest::Summaries(listtest::ReadListCaptured(kMaxQuant, path, output));
+    output = listtest::HidePath(output, path);
+    return records;
   }
-  std::string ReadPath(const std::string& path, std::vector<CIdentifiedSpectrum>& list) {
-    CMaxQuantSpecListIO reader;
-    CIdentificationFile file;
-    file.path = path;
-    file.format = 6;
-    reader.Init(file);
-    testing::internal::CaptureStdout();
-    reader.Read(list);
-    return testing::internal::GetCapturedStdout();
-  }
-
   testutil::TempDir dir;
+  std::string path = dir / "msms.txt";
+  std::string out;
 };
 
 }  // namespace
 
-TEST_F(MaxQuantReader, NamesPositionsAndFixedCysteine) {
-  std::vector<CIdentifiedSpectrum> list;
-  const std::string output = Read(
-      kHeading + "\r\n" + Row("A", "12", "AANGTK", "_AAN(de)GTK_", "3", "611") + "\r\n\r\n" +
-          Row("B", "5", "AMNGTK", "_(ac)AM(ox)N(de)GTK_", "2", "669") + "\n" +
-          Row("C", "7", "CNCTK", "_CN(de)CTK_", "2", "511") + "\n" +
-          Row("D", "8", "AANGTK", "_AAN(de)GT(zz)K_", "2", "611") + "\n" +
-          Row("E", "9", "AAAAK", "_AAAAK_", "2", "510"),  // no mark, no line end
-      list);
-  EXPECT_EQ(output, "");
-  ASSERT_EQ(list.size(), 4u);
-  EXPECT_EQ(list[0].spectrumName, "A.12.12.3");
-  EXPECT_EQ(list[0].sequence, "AAJGTK");
-  EXPECT_EQ(list[0].charge, 3);
-  EXPECT_EQ(list[0].modifications, (Mods{{3, "Deamidation[N]"}}));
-  EXPECT_EQ(list[1].modifications,
-            (Mods{{0, "Acetyl[Protein N-term]"}, {2, "Oxidation[M]"}, {3, "Deamidation[N]"}}));
-  // Both cysteines are carbamidomethylated; the mass is then 114 too low, and
-  // no label fits that.
-  EXPECT_EQ(list[2].modifications,
-            (Mods{{1, "Carbamidomethyl[C]"}, {2, "Deamidation[N]"}, {3, "Carbamidomethyl[C]"}}));
-  // A code that no column head gives has an empty name.
-  EXPECT_EQ(list[3].modifications, (Mods{{3, "Deamidation[N]"}, {5, ""}}));
-}
+TEST_F(MaxQuantReader, NamesPositionsCysteinesAndLabels) {
+  std::string last = Row("E", "9", "AAAAK", "_AAAAK_", "2", "510");
+  last.pop_back();  // the last row needs no line end
+  EXPECT_EQ(Read(kHeading + Row("A", "12", "AANGTK", "_AAN(de)GTK_", "3", "611") + "\r\n" +
+                     Row("B", "5", "AMNGTK", "_(ac)AM(ox)N(de)GTK_", "2", "669") +
+                     // Both C carbamidomethylated: 114 Da too low, and no label fits that.
+                     Row("C", "7", "CNCTK", "_CN(de)CTK_", "2", "511") +
+                     Row("D", "8", "AANGTK", "_AAN(de)GT(zz)K_", "2", "611") +  // unknown code
+                     Row("L", "1", "AANGTK", "_AAN(de)GTK_", "2", "617.4") +   // d 6: Lys6
+                     Row("L", "2", "KNGTK", "_KN(de)GTK_", "2", "517") +       // first K only
+                     Row("L", "3", "KNGTKR", "_KN(de)GTKR_", "2", "623") +     // d 12: two Lys6
+                     Row("L", "4", "KNGTKR", "_KN(de)GTKR_", "2", "627") +     // d 16: Lys6, Arg10
+                     Row("L", "5", "KNGTKR", "_KN(de)GTKR_", "2", "614") + last,  // d 3: no fit
+                 out),
+            (Lines{"A.12.12.3 3 AAJGTK 3,Deamidation[N]; 3NXT",
+                   "B.5.5.2 2 AMJGTK 0,Acetyl[Protein N-term];2,Oxidation[M];3,Deamidation[N]; "
+                   "3NXT",
+                   "C.7.7.2 2 CJCTK 1,Carbamidomethyl[C];2,Deamidation[N];3,Carbamidomethyl[C]; "
+                   "2NXT",
+                   "D.8.8.2 2 AAJGTK 3,Deamidation[N];5,; 3NXT",
+                   "L.1.1.2 2 AAJGTK 3,Deamidation[N];6,Lys6[K]; 3NXT",
+                   "L.2.2.2 2 KJGTK 1,Lys6[K];2,Deamidation[N]; 2NXT",
+                   "L.3.3.2 2 KJGTKR 1,Lys6[K];2,Deamidation[N];5,Lys6[K]; 2NXT",
+                   "L.4.4.2 2 KJGTKR 1,Lys6[K];2,Deamidation[N];6,Arg10[R]; 2NXT",
+                   "L.5.5.2 2 KJGTKR 2,Deamidation[N]; 2NXT"}));
+  EXPECT_EQ(out, "");
 
-TEST_F(MaxQuantReader, LabelRecovery) {
-  std::vector<CIdentifiedSpectrum> list;
-  Read(kHeading + "\n" + Row("A", "1", "AANGTK", "_AAN(de)GTK_", "2", "617.4") + "\n" +
-           Row("A", "2", "KNGTK", "_KN(de)GTK_", "2", "517") + "\n" +
-           Row("A", "3", "KNGTKR", "_KN(de)GTKR_", "2", "623") + "\n" +  // d 12: two Lys6
-           Row("A", "4", "KNGTKR", "_KN(de)GTKR_", "2", "627") + "\n" +  // d 16: Lys6 + Arg10
-           Row("A", "5", "KNGTKR", "_KN(de)GTKR_", "2", "614") + "\n",   // d 3: nothing fits
-       list);
-  ASSERT_EQ(list.size(), 5u);
-  EXPECT_EQ(list[0].modifications, (Mods{{3, "Deamidation[N]"}, {6, "Lys6[K]"}}));
-  EXPECT_EQ(list[1].modifications, (Mods{{1, "Lys6[K]"}, {2, "Deamidation[N]"}}));  // first K only
-  EXPECT_EQ(list[2].modifications, (Mods{{1, "Lys6[K]"}, {2, "Deamidation[N]"}, {5, "Lys6[K]"}}));
-  EXPECT_EQ(list[3].modifications, (Mods{{1, "Lys6[K]"}, {2, "Deamidation[N]"}, {6, "Arg10[R]"}}));
-  EXPECT_EQ(list[4].modifications, (Mods{{2, "Deamidation[N]"}}));
-
-  // A table without label masses fits no pair.
+  // Without label masses in the table no pair fits; within 1.0 nothing is added.
   CMaxQuantSpecListIO reader;
-  CIdentificationFile file;
-  reader.Init(file);
-  reader.massTable.modifications.erase("Lys6[K]");
-  reader.massTable.modifications.erase("Arg10[R]");
+  reader.Init(CIdentificationFile());
   CIdentifiedSpectrum record;
   record.sequence = "AAK";
-  reader.RecoverLabels(record, 316.0);
+  reader.RecoverLabels(record, 310.9);
   EXPECT_TRUE(record.modifications.empty());
-  reader.Init(file);
   reader.RecoverLabels(record, 316.0);
-  EXPECT_EQ(record.modifications, (Mods{{3, "Lys6[K]"}}));
+  EXPECT_EQ(ModificationsToString(record.modifications), "3,Lys6[K];");
+  reader.massTable.modifications.erase("Lys6[K]");
+  reader.massTable.modifications.erase("Arg10[R]");
   record.modifications.clear();
-  reader.RecoverLabels(record, 310.9);  // within 1.0: nothing to explain
+  reader.RecoverLabels(record, 316.0);
   EXPECT_TRUE(record.modifications.empty());
 }
 
-TEST_F(MaxQuantReader, CodesShortRowsAndProgress) {
-  std::vector<CIdentifiedSpectrum> list;
-  // The first head of a code stays; the heading may carry a byte-order mark.
-  const std::string heading =
-      "\xEF\xBB\xBFRaw file\tScan number\tSequence\tModified sequence\tDeamidation (N)\t"
-      "Deep (N)\tProteins\tCharge\tMass";
-  std::string text = heading + "\nR\t1\tAANGTK\t_AAN(de)GTK_\n";  // row ends before Charge
+TEST_F(MaxQuantReader, CodesShortRowsProgressAndFaults) {
+  // The first head of a code stays; the heading may carry a byte-order mark; a
+  // row that ends before a column reads it as empty; progress every 200 rows.
+  std::string text = "\xEF\xBB\xBFRaw file\tScan number\tSequence\tModified sequence\t"
+                     "Deamidation (N)\tDeep (N)\tProteins\tCharge\tMass\n"
+                     "R\t1\tAANGTK\t_AAN(de)GTK_\n";
   for (int i = 0; i < 399; ++i) text += "R\t2\tAAAK\t_AAAK_\t\t\tP\t2\t100\n";
-  EXPECT_EQ(Read(text, list), "\t\t200\n\t\t400\n");
-  ASSERT_EQ(list.size(), 1u);
-  EXPECT_EQ(list[0].spectrumName, "R.1.1.");
-  EXPECT_EQ(list[0].charge, 0);
-  EXPECT_EQ(list[0].modifications, (Mods{{3, "Deamidation[N]"}}));
-
+  EXPECT_EQ(Read(text, out), (Lines{"R.1.1. 0 AAJGTK 3,Deamidation[N]; 3NXT"}));
+  EXPECT_EQ(out, "\t\t200\n\t\t400\n");
   // Columns that the heading lacks read the first column.
-  list.clear();
-  Read("Sequence\tModified sequence\tDeamidation (N)\tProteins\nAANGTK\t_AAN(de)GTK_\t1\tP\n", list);
-  ASSERT_EQ(list.size(), 1u);
-  EXPECT_EQ(list[0].spectrumName, "AANGTK.AANGTK.AANGTK.AANGTK");
-}
+  EXPECT_EQ(Read("Sequence\tModified sequence\tDeamidation (N)\tProteins\nAANGTK\t_AAN(de)GTK_\n",
+                 out),
+            (Lines{"AANGTK.AANGTK.AANGTK.AANGTK 0 AAJGTK 3,Deamidation[N]; 3NXT"}));
 
-TEST_F(MaxQuantReader, FaultyFilesAreReportedAndSkipped) {
-  std::vector<CIdentifiedSpectrum> list;
-  EXPECT_EQ(ReadPath(dir / "absent.txt", list), "Error when opening \"" + (dir / "absent.txt") + "\".\n");
-  const std::string row = "\nR\t1\tAANGTK\t_AAN(de)GTK_\tP\t2\t611\n";
-  EXPECT_EQ(Read("Raw file\tScan number\tSequence\tProteins\tModified sequence\tCharge\tMass" + row, list),
-            "[Warning]: \"" + (dir / "msms.txt") +
-                "\" is not a readable MaxQuant table: its column \"Modified sequence\" doesn't "
-                "stand before \"Proteins\"; the file is skipped.\n");
-  EXPECT_EQ(Read("Raw file\tScan number\tSequence\tModified sequence\tDeamidation (N\tProteins"
-                 "\tCharge\tMass" + row, list),
-            "[Warning]: \"" + (dir / "msms.txt") +
-                "\" is not a readable MaxQuant table: the column head \"Deamidation (N\" has "
-                "\" (\" without \")\"; the file is skipped.\n");
-  EXPECT_NE(Read("", list).find("[Warning]"), std::string::npos);
-  EXPECT_TRUE(list.empty());
+  const std::string row = "R\t1\tAANGTK\t_AAN(de)GTK_\tP\t2\t611\n";
+  const std::string skipped = "[Warning]: \"LIST\" is not a readable MaxQuant table: ";
+  EXPECT_TRUE(Read("Raw file\tSequence\tProteins\tModified sequence\tCharge\n" + row, out).empty());
+  EXPECT_EQ(out, skipped + "its column \"Modified sequence\" doesn't stand before \"Proteins\"; "
+                           "the file is skipped.\n");
+  EXPECT_TRUE(Read("Modified sequence\tDeamidation (N\tProteins\n" + row, out).empty());
+  EXPECT_EQ(out, skipped + "the column head \"Deamidation (N\" has \" (\" without \")\"; the file "
+                           "is skipped.\n");
+  EXPECT_TRUE(listtest::ReadListCaptured(kMaxQuant, dir / "absent.txt", out).empty());
+  EXPECT_EQ(listtest::HidePath(out, dir / "absent.txt"), "Error when opening \"LIST\".\n");
 }
 
 TEST_F(MaxQuantReader, RealFiles) {
   testutil::WriteFile(CParam::GetInstance().construction.mass_table_filename,
                       testutil::ReadFile(std::string(QUORIN_SOURCE_DIR) + "/data/MassTable.ini"));
-  struct Case {
-    const char* file;
-    int rows;
-  };
-  const Case cases[] = {
-      {"psm_utils/test_msms.txt", 5},
-      {"tools-galaxyp/mq1.6.17_01_msms.txt", 6},
+  const std::pair<const char*, int> cases[] = {  // file, rows
+      {"psm_utils/test_msms.txt", 5},           {"tools-galaxyp/mq1.6.17_01_msms.txt", 6},
       {"tools-galaxyp/mq2.0.3_mqpar_msms.txt", 15},
       {"tools-galaxyp/mq2.0.3_mqpar_evidence.txt", 14},
-      {"tools-galaxyp/msstatstmt_evidence.txt", 155},
-      {"pwiz/test-phospho.msms.txt", 11},
-      {"OpenMS/MQMsms_result.txt", 3700},
-  };
-  for (const Case& c : cases) {
-    const std::string path = testutil::RealData(c.file);
-    if (!testutil::FileExists(path)) continue;
-    std::vector<CIdentifiedSpectrum> list;
+      {"tools-galaxyp/msstatstmt_evidence.txt", 155}, {"pwiz/test-phospho.msms.txt", 11},
+      {"OpenMS/MQMsms_result.txt", 3700}};
+  for (const auto& [file, rows] : cases) {
+    const std::string real = testutil::RealData(file);
+    if (!testutil::FileExists(real)) continue;
     std::string expected;
-    for (int n = 200; n <= c.rows; n += 200) expected += "\t\t" + std::to_string(n) + "\n";
-    EXPECT_EQ(ReadPath(path, list), expected) << c.file;
-    EXPECT_TRUE(list.empty()) << c.file;  // none carries a deamidated sequon
+    for (int n = 200; n <= rows; n += 200) expected += "\t\t" + std::to_string(n) + "\n";
+    EXPECT_TRUE(listtest::ReadListCaptured(kMaxQuant, real, out).empty()) << file;  // no sequon
+    EXPECT_EQ(out, expected) << file;
   }
 }

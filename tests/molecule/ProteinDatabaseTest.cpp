@@ -1,135 +1,83 @@
 #include <gtest/gtest.h>
 
+#include <map>
+
 #include "common/TestUtil.h"
 #include "molecule/ProteinDatabase.h"
 
-using testutil::TempDir;
-using testutil::WriteFile;
-
 namespace {
 
-bool LoadFile(CProteinDatabase& db, const std::string& path, std::string& output) {
+// Loads `path`: "result|printed text|accession=sequence;...".
+std::string Load(const std::string& path) {
+  CProteinDatabase db;
   db.path = path;
   testing::internal::CaptureStdout();
-  bool loaded = db.Load();
-  output = testing::internal::GetCapturedStdout();
-  return loaded;
+  std::string text = std::to_string(db.Load()) + "|";
+  text += testing::internal::GetCapturedStdout() + "|";
+  for (const auto& [accession, sequence] : db.proteins) text += accession + "=" + sequence + ";";
+  return text;
 }
 
 }  // namespace
 
-TEST(ProteinDatabase, ReadsEntriesByCharacterRules) {
-  TempDir dir;
-  const std::string path = dir / "db.fasta";
-  WriteFile(path,
-            "\xEF\xBB\xBF>sp|P1|ONE first protein\r\n"
-            "MKAAN gtk*-12\r\n"
-            "\r\n"
-            "GTKLL\r\n"
-            ">P2\n"
-            "MNGSKR\n"
-            ">P3 old\n"
-            "AAAA\n"
-            ">P3 new <&\x01\n"
-            "CCCC\n"
-            "\n");
-  CProteinDatabase db;
-  std::string out;
-  EXPECT_TRUE(LoadFile(db, path, out));
-  EXPECT_EQ(out, "");
-  ASSERT_EQ(db.proteins.size(), 3u);
-  EXPECT_EQ(db.proteins["sp|P1|ONE"], "MKAANGTKLL");  // lower case, digits, '*', '-' dropped
-  EXPECT_EQ(db.proteins["P2"], "MNGSKR");               // header without a blank
-  EXPECT_EQ(db.proteins["P3"], "CCCC");                 // the later duplicate stays
+TEST(ProteinDatabase, LoadsByCharacterRulesAndReportsFaults) {
+  testutil::TempDir dir;
+  auto load = [&dir](const std::string& content) {
+    testutil::WriteFile(dir / "db.fasta", content);
+    return Load(dir / "db.fasta");
+  };
+  // Byte-order mark, CRLF, a header without a blank, lower case, digits, '*'
+  // and '-' dropped, empty lines inside, the later duplicate stays.
+  EXPECT_EQ(load("\xEF\xBB\xBF>sp|P1|ONE first\r\nMKAAN gtk*-12\r\n\r\nGTKLL\r\n>P2\nMNGSKR\n"
+                 ">P3 old\nAAAA\n>P3 new <&\x01\nCCCC\n\n"),
+            "1||P2=MNGSKR;P3=CCCC;sp|P1|ONE=MKAANGTKLL;");
+  EXPECT_EQ(load("\n>P1\nMK\n"),  // an empty line in front of the first header
+            "0|FASTA Format error!One Protein Entry must start with char '>'!\n"
+            "Error: Fasta file format is wrong!\n|");
+  EXPECT_EQ(load("MKAANGTK\n"), "1||");  // no header counted, so no entry read: no message
+  EXPECT_EQ(load(""), "1||");
+  EXPECT_EQ(Load(""), "0|DBPath empty!\nCan not open Fasta file!\n|");
+  for (const std::string& path : {dir / "none.fasta", dir.path().string()})
+    EXPECT_EQ(Load(path), "0|Can't find fasta file!\nCan not open Fasta file!\n|");
 }
 
 TEST(ProteinDatabase, FindPeptideFlanksAndMessages) {
   CProteinDatabase db;
   db.proteins["P1"] = "MKAANGTKLLNVSR";
-  int32_t position = 0;
-  std::string before, after;
-  EXPECT_TRUE(db.FindPeptide("P1", "MKAAN", position, before, after));
-  EXPECT_EQ(position, 1);
-  EXPECT_EQ(before, "-");
-  EXPECT_EQ(after, "GT");
-  EXPECT_TRUE(db.FindPeptide("P1", "LLNVS", position, before, after));
-  EXPECT_EQ(position, 9);
-  EXPECT_EQ(before, "K");
-  EXPECT_EQ(after, "R-");
-  EXPECT_TRUE(db.FindPeptide("P1", "NVSR", position, before, after));
-  EXPECT_EQ(after, "--");
-  EXPECT_TRUE(db.FindPeptide("P1", "K", position, before, after));
-  EXPECT_EQ(position, 2);  // the first occurrence
-
-  testing::internal::CaptureStdout();
-  EXPECT_FALSE(db.FindPeptide("P1", "", position, before, after));
-  EXPECT_FALSE(db.FindPeptide("P9", "MK", position, before, after));
-  EXPECT_FALSE(db.FindPeptide("P1", "WW", position, before, after));
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "There is no protein in database owing the AC of P9\n"
-            "The protein of P1 does not have the peptide WW\n");
-}
-
-TEST(ProteinDatabase, LoadFailures) {
-  TempDir dir;
-  CProteinDatabase db;
-  std::string out;
-  EXPECT_FALSE(LoadFile(db, "", out));
-  EXPECT_EQ(out, "DBPath empty!\nCan not open Fasta file!\n");
-  EXPECT_FALSE(LoadFile(db, dir / "none.fasta", out));
-  EXPECT_EQ(out, "Can't find fasta file!\nCan not open Fasta file!\n");
-  EXPECT_FALSE(LoadFile(db, dir.path().string(), out));  // a directory is no file
-  EXPECT_EQ(out, "Can't find fasta file!\nCan not open Fasta file!\n");
-
-  // Text in front of the first header breaks the format; entries before a
-  // fault stay.
-  WriteFile(dir / "a.fasta", "\n>P1\nMK\n");
-  EXPECT_FALSE(LoadFile(db, dir / "a.fasta", out));
-  EXPECT_EQ(out,
-            "FASTA Format error!One Protein Entry must start with char '>'!\n"
-            "Error: Fasta file format is wrong!\n");
-  EXPECT_TRUE(db.proteins.empty());
-
-  // Sequence lines without any header: no entry is counted, so none is read.
-  CProteinDatabase plain;
-  WriteFile(dir / "b.fasta", "MKAANGTK\n");
-  EXPECT_TRUE(LoadFile(plain, dir / "b.fasta", out));
-  EXPECT_EQ(out, "");
-  EXPECT_TRUE(plain.proteins.empty());
-  CProteinDatabase empty;
-  WriteFile(dir / "c.fasta", "");
-  EXPECT_TRUE(LoadFile(empty, dir / "c.fasta", out));
-  EXPECT_TRUE(empty.proteins.empty());
+  // "found position before after|printed text"
+  auto find = [&db](const std::string& accession, const std::string& peptide) {
+    int32_t position = 0;
+    std::string before, after;
+    testing::internal::CaptureStdout();
+    std::string text = std::to_string(db.FindPeptide(accession, peptide, position, before, after));
+    text += " " + std::to_string(position) + " " + before + " " + after + "|";
+    return text + testing::internal::GetCapturedStdout();
+  };
+  EXPECT_EQ(find("P1", "MKAAN"), "1 1 - GT|");  // at the N-terminus
+  EXPECT_EQ(find("P1", "LLNVS"), "1 9 K R-|");  // one residue short of the end
+  EXPECT_EQ(find("P1", "NVSR"), "1 11 L --|");  // at the C-terminus
+  EXPECT_EQ(find("P1", "K"), "1 2 M AA|");      // the first occurrence
+  EXPECT_EQ(find("P1", ""), "0 0  |");
+  EXPECT_EQ(find("P9", "MK"), "0 0  |There is no protein in database owing the AC of P9\n");
+  EXPECT_EQ(find("P1", "WW"), "0 0  |The protein of P1 does not have the peptide WW\n");
 }
 
 TEST(ProteinDatabase, RealFastaFiles) {
-  struct Case {
-    const char* file;
-    bool loads;
-    std::size_t proteins;
-    const char* accession;
-    const char* prefix;
-  } cases[] = {
-      {"crux-toolkit/small-yeast.fasta", true, 0, nullptr, nullptr},
-      {"OpenMS/FileInfo_17_input.fasta", true, 0, nullptr, nullptr},
-      {"OpenMS/PeptideIndexer_1.fasta", true, 0, "BSA2", "EWATYTCVLGFHVYVPVR"},
-      {"OpenMS/FASTAFile_test.fasta", false, 0, nullptr, nullptr},
-      {"pyteomics/test.fasta", false, 0, nullptr, nullptr},
-      {"MetaMorpheus/GlycoProteinFASTA_7proteins.fasta", true, 8, nullptr, nullptr},
-  };
-  for (const Case& c : cases) {
-    const std::string path = testutil::RealData(c.file);
+  const std::pair<const char*, const char*> cases[] = {  // file, a piece of Load's summary
+      {"crux-toolkit/small-yeast.fasta", "1||"}, {"OpenMS/FileInfo_17_input.fasta", "1||"},
+      {"OpenMS/PeptideIndexer_1.fasta", ";BSA2=EWATYTCVLGFHVYVPVR;"},
+      {"MetaMorpheus/GlycoProteinFASTA_7proteins.fasta", "1||"},
+      {"OpenMS/FASTAFile_test.fasta", "0|FASTA Format error!"},  // '#' lines before the header
+      {"pyteomics/test.fasta", "0|FASTA Format error!"}};         // ';' comments
+  for (const auto& [file, piece] : cases) {
+    const std::string path = testutil::RealData(file);
     if (!testutil::FileExists(path)) continue;
-    CProteinDatabase db;
-    std::string out;
-    EXPECT_EQ(LoadFile(db, path, out), c.loads) << c.file << "\n" << out;
-    if (c.proteins) {
-      EXPECT_EQ(db.proteins.size(), c.proteins) << c.file;
-    }
-    if (c.accession) {
-      EXPECT_EQ(db.proteins[c.accession], c.prefix) << c.file;
-    }
-    for (const auto& [accession, sequence] : db.proteins)
-      for (char r : sequence) ASSERT_TRUE(r >= 'A' && r <= 'Z') << c.file << " " << accession;
+    const std::string summary = Load(path);
+    EXPECT_NE(summary.find(piece), std::string::npos) << file << "\n" << summary;
+    // Each sequence, between '=' and ';', holds upper-case residues only.
+    for (std::size_t at = summary.find('=', summary.rfind('|')); at != std::string::npos;
+         at = summary.find('=', at + 1))
+      EXPECT_EQ(summary.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ", at + 1),
+                summary.find(';', at)) << file;
   }
 }

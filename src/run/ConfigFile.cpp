@@ -28,6 +28,9 @@ void CConfigFile::Read(const std::string& filename) {
     if (comment != std::string::npos) line.erase(comment);
     if (line.empty()) continue;
     Trim(line);
+    // A line of blanks alone would become an empty key; in the mass table's
+    // Glyco section that would be a nameless glycan of mass 0, so it is skipped.
+    if (line.empty()) continue;
     if (line.size() >= 2 && line.front() == '[' && line.back() == ']') {
       sections.push_back(CConfigSection{line.substr(1, line.size() - 2), {}});
       continue;

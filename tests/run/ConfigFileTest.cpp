@@ -35,6 +35,7 @@ TEST(ConfigFile, Grammar) {
   EXPECT_EQ(config.FindSection("s")->entries.count("lonely"), 1u);
   EXPECT_EQ(config.Get("s", "spaced"), "v");
   EXPECT_EQ(config.Get("s", "twice"), "2");
+  EXPECT_EQ(config.FindSection("s")->entries.count(""), 0u);  // the blank line added nothing
   EXPECT_EQ(config.Get("s", "case"), "");
   EXPECT_EQ(config.Get("s", "Case"), "upper");
   // Blanks inside the brackets belong to the name; only the first of two

@@ -81,18 +81,20 @@ TEST_F(MaxQuantReader, NamesPositionsCysteinesAndLabels) {
                    "L.5.5.2 2 KJGTKR 2,Deamidation[N]; 2NXT"}));
   EXPECT_EQ(out, "");
 
-  // Without label masses in the table no pair fits; within 1.0 nothing is added.
+  // When Lys6 (6) and Arg10 (here 6.5) both explain 6.2, the greatest lysine
+  // count that fits wins. Within 1.0 nothing is added; without label masses
+  // in the table no pair fits.
   CMaxQuantSpecListIO reader;
   reader.Init(CIdentificationFile());
   CIdentifiedSpectrum record;
-  record.sequence = "AAK";
+  record.sequence = "AKR";  // 310 Da
+  reader.massTable.modifications["Arg10[R]"] = 6.5;
+  reader.RecoverLabels(record, 316.2);
+  EXPECT_EQ(ModificationsToString(record.modifications), "2,Lys6[K];");
+  record.modifications.clear();
   reader.RecoverLabels(record, 310.9);
-  EXPECT_TRUE(record.modifications.empty());
-  reader.RecoverLabels(record, 316.0);
-  EXPECT_EQ(ModificationsToString(record.modifications), "3,Lys6[K];");
   reader.massTable.modifications.erase("Lys6[K]");
   reader.massTable.modifications.erase("Arg10[R]");
-  record.modifications.clear();
   reader.RecoverLabels(record, 316.0);
   EXPECT_TRUE(record.modifications.empty());
 }

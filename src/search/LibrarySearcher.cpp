@@ -24,6 +24,7 @@ void CLibrarySearcher::Run() {
             << "\tLoading library spectra: \n"
             << "\t\t" << param.input_speclib_filename << std::endl;
   library.Load();
+  matcher.UsePeakLookup(&library.peakLookup);
   std::cout << "\t\t" << library.spectra.size() << " library spectra have been loaded.\n"
             << "\t--- Complete! \n";
   std::cout << "\tSearching " << batch.datasets.size() << " query datasets: " << std::endl;

@@ -97,6 +97,7 @@ void CSpectralLibrary::BuildIndex() {
   probesWithoutNeuAc.erase(std::unique(probesWithoutNeuAc.begin(), probesWithoutNeuAc.end()),
                            probesWithoutNeuAc.end());
   hits.reserve(1024);
+  peakLookup.Build(spectra);
 }
 
 void CSpectralLibrary::TestEntry(const CSpectrum& query, double tolerance,

@@ -6,6 +6,7 @@
 #include "molecule/MassTable.h"
 #include "run/Param.h"
 #include "search/GlycanLists.h"
+#include "search/LibraryPeakLookup.h"
 #include "spectrum/SpecIO.h"
 #include "spectrum/Spectrum.h"
 
@@ -23,8 +24,8 @@ class CSpectralLibrary {
   void Init(const std::string& pathname);
   // Reads and prepares every spectrum, builds massIndex.
   void Load();
-  // Builds massIndex (and the look-up aids of SelectCandidates) from `spectra`
-  // and the glycan table; Load ends with it.
+  // Builds massIndex (and the look-up aids of SelectCandidates and matching)
+  // from `spectra` and the glycan table; Load ends with it.
   void BuildIndex();
   // Appends every library entry whose mass difference to the query fits a glycan
   // (NeuAc glycans only for a query with hasNeuAc), rows 1..maxCharge in order,
@@ -45,6 +46,8 @@ class CSpectralLibrary {
   uint32_t maxCharge = 8;
   std::vector<std::vector<CLibraryIndexEntry>> massIndex;
   CMassTable massTable;
+  // Compact peak data of `spectra` for matching; built by BuildIndex.
+  CLibraryPeakLookup peakLookup;
 
  private:
   // Prepares one spectrum: m/z range, count of annotated peaks, unit length.

@@ -214,11 +214,12 @@ void CSpectrumMatcher::PrepareQueryLookup(const CSpectrum& query) {
     return a.mz < b.mz || (a.mz == b.mz && a.index < b.index);
   });
   const double reach = largestTolerance + 1e-7 * scale;
-  bucketScale = 1.0 / std::max(1.0, 2.0 * reach);
-  bucketBase = windows.front().mz - reach;
-  const double span = (windows.back().mz + reach - bucketBase) * bucketScale;
-  if (!(span < static_cast<double>(1 << 22))) return;  // m/z spread too wide
-  bucketCount = static_cast<std::size_t>(span) + 1;
+  // Buckets are whole m/z units, as the floors the library keeps per peak.
+  const double low = windows.front().mz - reach, high = windows.back().mz + reach;
+  if (!(std::fabs(low) < kBucketLimit && std::fabs(high) < kBucketLimit)) return;
+  bucketBase = FloorToInteger(low);
+  if (FloorToInteger(high) - bucketBase >= (1 << 22)) return;  // m/z spread too wide
+  bucketCount = static_cast<std::size_t>(FloorToInteger(high) - bucketBase) + 1;
   buckets.assign(bucketCount, {0, 0});
   // Each window goes into every bucket from that of mz - reach to that of
   // mz + reach. Both ends rise with the m/z, so a bucket holds a run of windows.
@@ -239,48 +240,56 @@ void CSpectrumMatcher::PrepareQueryLookup(const CSpectrum& query) {
 void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, CSpectrum& library) {
   constexpr uint32_t kPeakBits = 28;
   const double shift = query.precursorMass - library.precursorMass;
-  const std::vector<CPeak>& peaks = library.peaks;
-  if (!lookupUsable || !(std::fabs(shift) <= scaleLimit) || peaks.size() >= (1u << kPeakBits)) {
+  CEntryPeakView view;
+  if (lookupUsable && (peakLookup == nullptr || !peakLookup->Find(library, view))) {
+    scratchMzs.clear();
+    scratchIons.clear();
+    view.usable = CLibraryPeakLookup::Describe(library, scratchMzs, scratchIons, view.largestMz);
+    view.mzs = scratchMzs.data();
+    view.peakCount = scratchMzs.size();
+    view.ions = scratchIons.data();
+    view.ionCount = scratchIons.size();
+  }
+  // The bisections of the rule presume finite m/z in ascending order; an entry
+  // that breaks this, or a scale beyond the look-up's margin, takes the
+  // reference path.
+  if (!lookupUsable || !view.usable || !(std::fabs(shift) <= scaleLimit) ||
+      view.largestMz > scaleLimit || view.peakCount != library.peaks.size()) {
     ScoreCandidateByPeakSearch(query, library);
     return;
   }
   StartCandidate(library);
+  const std::vector<CPeak>& peaks = library.peaks;
   const uint32_t highestCharge = HighestFragmentCharge(query.charge);
-  double shiftByCharge[5] = {0.0, 0.0, 0.0, 0.0, 0.0};
+  double shiftByCharge[CLibraryPeakLookup::kHighestIonCharge + 1] = {};
   for (uint32_t z = 1; z <= highestCharge; ++z) shiftByCharge[z] = shift / static_cast<double>(z);
 
   hits.clear();
-  double previous = -INFINITY;
-  for (std::size_t i = 0; i < peaks.size(); ++i) {
-    const CPeak& peak = peaks[i];
-    const double mz = peak.mz;
-    // The bisections of the rule presume finite m/z in ascending order; an
-    // entry that breaks this takes the reference path.
-    if (!(std::fabs(mz) <= scaleLimit) || mz < previous) {
-      ScoreCandidateByPeakSearch(query, library);
-      return;
+  for (std::size_t i = 0; i < view.peakCount; ++i) {
+    const double mz = view.mzs[i];
+    const uint64_t bucket = static_cast<uint64_t>(FloorToInteger(mz) - bucketBase);
+    if (bucket >= bucketCount) continue;
+    const auto [first, count] = buckets[bucket];
+    if (count == 0) continue;
+    for (uint32_t w = first; w < first + count; ++w) {
+      const QueryWindow& window = windows[w];
+      if (window.lower <= mz && mz < window.upper)
+        hits.push_back(static_cast<uint64_t>(window.index) << 32 | i);
     }
-    previous = mz;
+  }
+  for (std::size_t k = 0; k < view.ionCount; ++k) {
+    const CLibraryIon& ion = view.ions[k];
+    const uint32_t z = ion.charge;
+    if (z > highestCharge) continue;
     std::size_t bucket;
-    if (BucketOf(mz, bucket)) {
-      const auto [first, count] = buckets[bucket];
-      for (uint32_t w = first; w < first + count; ++w) {
-        const QueryWindow& window = windows[w];
-        if (window.lower <= mz && mz < window.upper)
-          hits.push_back(static_cast<uint64_t>(window.index) << 32 | i);
-      }
-    }
-    const uint32_t z = peak.charge;
-    if ((peak.type != kPeakB && peak.type != kPeakY) || z < 1 || z > highestCharge) continue;
-    if (BucketOf(mz + shiftByCharge[z], bucket)) {
-      const auto [first, count] = buckets[bucket];
-      for (uint32_t w = first; w < first + count; ++w) {
-        const QueryWindow& window = windows[w];
-        const double centre = window.mz - shiftByCharge[z];
-        if (centre - window.tolerance <= mz && mz < centre + window.tolerance)
-          hits.push_back(static_cast<uint64_t>(window.index) << 32 |
-                         static_cast<uint64_t>(z) << kPeakBits | i);
-      }
+    if (!BucketOf(ion.mz + shiftByCharge[z], bucket)) continue;
+    const auto [first, count] = buckets[bucket];
+    for (uint32_t w = first; w < first + count; ++w) {
+      const QueryWindow& window = windows[w];
+      const double centre = window.mz - shiftByCharge[z];
+      if (centre - window.tolerance <= ion.mz && ion.mz < centre + window.tolerance)
+        hits.push_back(static_cast<uint64_t>(window.index) << 32 |
+                       static_cast<uint64_t>(z) << kPeakBits | ion.peak);
     }
   }
 

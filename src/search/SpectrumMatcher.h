@@ -1,9 +1,11 @@
 #pragma once
+#include <cmath>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 #include "search/GlycanLists.h"
+#include "search/LibraryPeakLookup.h"
 #include "search/SpectralMatch.h"
 #include "spectrum/Spectrum.h"
 
@@ -34,6 +36,10 @@ class CSpectrumMatcher {
   static double BinomialTail(uint32_t n, uint32_t k0, double p);
   // Highest fragment charge tried in shifted matching for a query charge.
   static uint32_t HighestFragmentCharge(uint32_t queryCharge);
+
+  // Compact peak data of the library spectra, built after loading; spectra it
+  // doesn't cover are described on the fly. Null: always on the fly.
+  void UsePeakLookup(const CLibraryPeakLookup* lookup) { peakLookup = lookup; }
 
   // The scored records of the current query. The records are reused from query
   // to query so that their strings and lists keep their room.
@@ -69,13 +75,16 @@ class CSpectrumMatcher {
   void FinishCandidate(const CSpectrum& query, const CSpectrum& library);
   // Fills dpsIons and psIons of `current` from its pair lists.
   void NameMatchedIons();
-  // Bucket of the look-up that holds m/z x; false outside the table.
+  // Bucket (whole m/z unit, counted from bucketBase) that holds m/z x; false
+  // outside the table.
   bool BucketOf(double x, std::size_t& bucket) const {
-    const double y = (x - bucketBase) * bucketScale;
-    if (!(y >= 0.0 && y < static_cast<double>(bucketCount))) return false;
-    bucket = static_cast<std::size_t>(y);
+    if (!(std::fabs(x) < kBucketLimit)) return false;
+    const int64_t unit = FloorToInteger(x) - bucketBase;
+    if (unit < 0 || static_cast<uint64_t>(unit) >= bucketCount) return false;
+    bucket = static_cast<std::size_t>(unit);
     return true;
   }
+  static constexpr double kBucketLimit = 1073741824.0;  // 2^30, as the library look-up
 
   std::vector<CSpectralMatch> matches;  // the first matchCount are in use
   std::size_t matchCount = 0;
@@ -88,12 +97,15 @@ class CSpectrumMatcher {
   std::vector<QueryWindow> windows;
   std::vector<std::pair<uint32_t, uint32_t>> buckets;
   std::size_t bucketCount = 0;
-  double bucketBase = 0.0;
-  double bucketScale = 1.0;
+  int64_t bucketBase = 0;
   double scaleLimit = 0.0;  // |shift| and library m/z the look-up stays exact for
   bool lookupUsable = false;
   // Candidate pairs of one candidate: query peak << 32 | charge << 28 | library peak.
   std::vector<uint64_t> hits;
+  const CLibraryPeakLookup* peakLookup = nullptr;
+  // Compact data of a spectrum that the lookup doesn't cover.
+  std::vector<double> scratchMzs;
+  std::vector<CLibraryIon> scratchIons;
   // Cached binomial tails: for a libraryPeakCount, the tails of k0 = 0..N.
   std::vector<std::vector<double>> tailCache;
   uint32_t tailCacheN = 0;

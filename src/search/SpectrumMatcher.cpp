@@ -149,7 +149,17 @@ void CSpectrumMatcher::ScoreCandidate(const CSpectrum& query, CSpectrum& library
   ScoreCandidateFast(query, library);
 }
 
+void CSpectrumMatcher::SumQueryIntensities(const CSpectrum& query) {
+  queryTotal = 0.0;
+  for (const CPeak& peak : query.peaks) queryTotal += peak.intensity * peak.intensity;
+}
+
 void CSpectrumMatcher::ScoreCandidateByPeakSearch(const CSpectrum& query, CSpectrum& library) {
+  SumQueryIntensities(query);
+  ScoreByPeakSearch(query, library);
+}
+
+void CSpectrumMatcher::ScoreByPeakSearch(const CSpectrum& query, CSpectrum& library) {
   StartCandidate(library);
   const double shift = query.precursorMass - library.precursorMass;
   const CSearchParam& search = CParam::GetInstance().search;
@@ -186,6 +196,7 @@ void CSpectrumMatcher::ScoreCandidateByPeakSearch(const CSpectrum& query, CSpect
 // way), so the result is identical; the buckets only have to be wide enough,
 // which is what `reach` (tolerance plus a margin far above rounding) ensures.
 void CSpectrumMatcher::PrepareQueryLookup(const CSpectrum& query) {
+  SumQueryIntensities(query);
   lookupUsable = false;
   windows.clear();
   const CSearchParam& search = CParam::GetInstance().search;
@@ -255,7 +266,7 @@ void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, CSpectrum& lib
   // reference path.
   if (!lookupUsable || !view.usable || !(std::fabs(shift) <= scaleLimit) ||
       view.largestMz > scaleLimit || view.peakCount != library.peaks.size()) {
-    ScoreCandidateByPeakSearch(query, library);
+    ScoreByPeakSearch(query, library);
     return;
   }
   StartCandidate(library);
@@ -326,8 +337,7 @@ void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, CSpectrum& lib
 
 void CSpectrumMatcher::FinishCandidate(const CSpectrum& query, const CSpectrum& library) {
   const std::vector<CPeak>& queryPeaks = query.peaks;
-  double total = 0.0;
-  for (const CPeak& peak : queryPeaks) total += peak.intensity * peak.intensity;
+  const double total = queryTotal;
   int32_t yIons = 0, peptideIons = 0;
   double yIntensity = 0.0, peptideIntensity = 0.0;
   for (const auto& [q, l] : current.dpsPairs) {
@@ -392,19 +402,44 @@ double CSpectrumMatcher::BinomialTail(uint32_t n, uint32_t k0, double p) {
   return sum;
 }
 
+double CSpectrumMatcher::ProbabilityScore(uint32_t topPeaks, int32_t libraryPeakCount,
+                                          uint32_t matchedTop, double share) {
+  auto compute = [&] {
+    const double p = libraryPeakCount * share;
+    const double tail = BinomialTail(topPeaks, matchedTop, p);
+    const double s = -std::log(tail);
+    return s > 0.0 ? std::pow(s, 0.5) : 0.0;  // NaN is not positive
+  };
+  // A query's candidates share N and mostly a few peak counts: the score of a
+  // (N, count, k0) is computed once and kept, the very same double.
+  constexpr uint32_t kLargestCachedN = 64;
+  constexpr int32_t kLargestCachedCount = 1 << 12;
+  if (topPeaks > kLargestCachedN || matchedTop > topPeaks || libraryPeakCount < 0 ||
+      libraryPeakCount >= kLargestCachedCount)
+    return compute();
+  if (psCache.size() <= topPeaks) psCache.resize(topPeaks + 1);
+  std::vector<double>& row = psCache[topPeaks];
+  const std::size_t slot = static_cast<std::size_t>(libraryPeakCount) * (topPeaks + 1) + matchedTop;
+  if (row.size() <= slot) row.resize((static_cast<std::size_t>(libraryPeakCount) + 1) * (topPeaks + 1), NAN);
+  if (std::isnan(row[slot])) row[slot] = compute();
+  return row[slot];
+}
+
 void CSpectrumMatcher::ComputeScores(uint32_t topPeaks) {
   const CSearchParam& search = CParam::GetInstance().search;
   const double tolerance = ToleranceInDa(search.query_product_ion_tolerance,
                                          search.query_product_ion_unit, kPpmReferenceMz);
   const double share = 2.0 * tolerance / kRandomMatchSpan;
+  // Kept scores hold for one share; the settings may change between runs.
+  if (!(share == psCacheShare)) {
+    psCache.clear();
+    psCacheShare = share;
+  }
   for (std::size_t i = 0; i < matchCount; ++i) {
     CSpectralMatch& record = matches[i];
-    const double p = record.libraryPeakCount * share;
     const uint32_t k0 = record.matchedTopPeakCount > 0
                             ? static_cast<uint32_t>(record.matchedTopPeakCount) : 0;
-    const double tail = BinomialTail(topPeaks, k0, p);
-    const double s = -std::log(tail);
-    record.ps = s > 0.0 ? std::pow(s, 0.5) : 0.0;  // NaN is not positive
+    record.ps = ProbabilityScore(topPeaks, record.libraryPeakCount, k0, share);
     record.score = record.ps * record.dps;
   }
 }

@@ -67,6 +67,13 @@ class CSpectrumMatcher {
   void PrepareQueryLookup(const CSpectrum& query);
   // Scores with the look-up of the query last prepared.
   void ScoreCandidateFast(const CSpectrum& query, CSpectrum& library);
+  // Reference scoring with queryTotal already set.
+  void ScoreByPeakSearch(const CSpectrum& query, CSpectrum& library);
+  // Sets queryTotal, the sum of the query's squared intensities.
+  void SumQueryIntensities(const CSpectrum& query);
+  // ps for N top peaks, k0 of them matched, p = libraryPeakCount * share.
+  double ProbabilityScore(uint32_t topPeaks, int32_t libraryPeakCount, uint32_t matchedTop,
+                          double share);
   // Resets `current` for a new candidate (step 3 of the scoring).
   void StartCandidate(CSpectrum& library);
   // Records a found library peak l for query peak q and adds to dps.
@@ -106,8 +113,9 @@ class CSpectrumMatcher {
   // Compact data of a spectrum that the lookup doesn't cover.
   std::vector<double> scratchMzs;
   std::vector<CLibraryIon> scratchIons;
-  // Cached binomial tails: for a libraryPeakCount, the tails of k0 = 0..N.
-  std::vector<std::vector<double>> tailCache;
-  uint32_t tailCacheN = 0;
-  double tailCacheShare = 0.0;
+  double queryTotal = 0.0;
+  // ps by N, then libraryPeakCount * (N + 1) + k0; NaN where not yet computed.
+  // Valid for the share it was filled with.
+  std::vector<std::vector<double>> psCache;
+  double psCacheShare = 0.0;
 };

@@ -50,14 +50,20 @@ void CLibraryPeakLookup::Build(const std::vector<CSpectrum>& spectra) {
   }
 }
 
-bool CLibraryPeakLookup::Find(const CSpectrum& spectrum, CEntryPeakView& view) const {
+const void* CLibraryPeakLookup::EntryAddress(const CSpectrum& spectrum) const {
   // Addresses compared as integers: the spectrum need not lie in the vector.
   const auto at = reinterpret_cast<std::uintptr_t>(&spectrum);
   const auto begin = reinterpret_cast<std::uintptr_t>(first);
-  if (first == nullptr || at < begin) return false;
+  if (first == nullptr || at < begin) return nullptr;
   const std::size_t index = (at - begin) / sizeof(CSpectrum);
-  if (index >= entries.size() || first + index != &spectrum) return false;
-  const Entry& entry = entries[index];
+  if (index >= entries.size() || first + index != &spectrum) return nullptr;
+  return &entries[index];
+}
+
+bool CLibraryPeakLookup::Find(const CSpectrum& spectrum, CEntryPeakView& view) const {
+  const Entry* found = static_cast<const Entry*>(EntryAddress(spectrum));
+  if (found == nullptr) return false;
+  const Entry& entry = *found;
   if (entry.peaks != spectrum.peaks.data() || entry.peakCount != spectrum.peaks.size())
     return false;
   view.mzs = mzs.data() + entry.mzBegin;

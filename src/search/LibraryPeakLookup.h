@@ -41,6 +41,9 @@ class CLibraryPeakLookup {
   // The view of `spectrum` if it is one of the spectra built from and its
   // peak list is still the same; false otherwise.
   bool Find(const CSpectrum& spectrum, CEntryPeakView& view) const;
+  // Address of the record that Find reads for `spectrum`, without reading
+  // anything (for prefetching); null if it has none.
+  const void* EntryAddress(const CSpectrum& spectrum) const;
   // Appends the m/z values and ions of one spectrum; returns whether it is
   // usable and sets largestMz.
   static bool Describe(const CSpectrum& spectrum, std::vector<double>& mzs,

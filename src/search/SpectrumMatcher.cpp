@@ -14,6 +14,19 @@ constexpr double kGlycanChoiceStart = 100.0;
 constexpr double kRandomMatchSpan = 2000.0;
 constexpr double kPpmReferenceMz = 1000.0;
 
+// A hint that `address` will soon be read (or written); no effect on results.
+// Candidates lie scattered over the whole library, and without the hint each
+// one starts with a few waits for memory.
+inline void Prefetch(const void* address, bool forWriting = false) {
+#if defined(__GNUC__)
+  if (forWriting) __builtin_prefetch(address, 1);
+  else __builtin_prefetch(address, 0);
+#else
+  (void)address;
+  (void)forWriting;
+#endif
+}
+
 // NaN scores (possible only for degenerate spectra) rank last instead of
 // breaking the sort.
 inline double RankingScore(double score) { return std::isnan(score) ? -INFINITY : score; }
@@ -58,6 +71,8 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
   if (candidates.empty()) return current;
   PrepareQueryLookup(query);
 
+  if (!candidates.empty()) PrefetchEarly(*candidates[0]);
+  if (candidates.size() > 1) PrefetchEarly(*candidates[1]);
   for (std::size_t i = 0; i < candidates.size(); ++i) {
     const CGlycan* choice = nullptr;
     if (i < glycanLists.size()) {
@@ -82,6 +97,8 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
       current.glycanName.clear();
       current.glycanMass = 0.0;
     }
+    if (i + 2 < candidates.size()) PrefetchEarly(*candidates[i + 2]);
+    if (i + 1 < candidates.size()) PrefetchLate(*candidates[i + 1]);
     ScoreCandidateFast(query, *candidates[i]);
   }
 
@@ -114,6 +131,31 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
   NameMatchedIons();
   AssignSite();
   return current;
+}
+
+void CSpectrumMatcher::PrefetchEarly(const CSpectrum& library) const {
+  Prefetch(&library.precursorMass);
+  Prefetch(&library.topPeakCount);
+  Prefetch(&library.peaks);
+  Prefetch(&library.peakUsed);
+  if (peakLookup != nullptr) {
+    if (const void* entry = peakLookup->EntryAddress(library)) Prefetch(entry);
+  }
+}
+
+void CSpectrumMatcher::PrefetchLate(const CSpectrum& library) const {
+  constexpr std::size_t kLine = 64;
+  CEntryPeakView view;
+  if (peakLookup == nullptr || !peakLookup->Find(library, view)) return;
+  const char* mzs = reinterpret_cast<const char*>(view.mzs);
+  for (std::size_t at = 0; at < std::min<std::size_t>(view.peakCount * sizeof(double), 8 * kLine); at += kLine)
+    Prefetch(mzs + at);
+  const char* ions = reinterpret_cast<const char*>(view.ions);
+  for (std::size_t at = 0; at < std::min<std::size_t>(view.ionCount * sizeof(CLibraryIon), 4 * kLine); at += kLine)
+    Prefetch(ions + at);
+  const char* marks = reinterpret_cast<const char*>(library.peakUsed.data());
+  for (std::size_t at = 0; at < std::min<std::size_t>(library.peakUsed.size() * sizeof(uint32_t), 4 * kLine); at += kLine)
+    Prefetch(marks + at, true);
 }
 
 void CSpectrumMatcher::StartCandidate(CSpectrum& library) {
@@ -284,8 +326,10 @@ void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, CSpectrum& lib
     if (count == 0) continue;
     for (uint32_t w = first; w < first + count; ++w) {
       const QueryWindow& window = windows[w];
-      if (window.lower <= mz && mz < window.upper)
+      if (window.lower <= mz && mz < window.upper) {
         hits.push_back(static_cast<uint64_t>(window.index) << 32 | i);
+        Prefetch(&peaks[i]);  // its intensity and type are read below
+      }
     }
   }
   for (std::size_t k = 0; k < view.ionCount; ++k) {
@@ -298,9 +342,11 @@ void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, CSpectrum& lib
     for (uint32_t w = first; w < first + count; ++w) {
       const QueryWindow& window = windows[w];
       const double centre = window.mz - shiftByCharge[z];
-      if (centre - window.tolerance <= ion.mz && ion.mz < centre + window.tolerance)
+      if (centre - window.tolerance <= ion.mz && ion.mz < centre + window.tolerance) {
         hits.push_back(static_cast<uint64_t>(window.index) << 32 |
                        static_cast<uint64_t>(z) << kPeakBits | ion.peak);
+        Prefetch(&peaks[ion.peak]);
+      }
     }
   }
 

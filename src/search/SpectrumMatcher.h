@@ -74,6 +74,11 @@ class CSpectrumMatcher {
   // ps for N top peaks, k0 of them matched, p = libraryPeakCount * share.
   double ProbabilityScore(uint32_t topPeaks, int32_t libraryPeakCount, uint32_t matchedTop,
                           double share);
+  // Asks the processor for the data that scoring `library` reads first: the
+  // spectrum's fields and look-up record (early), then, once those are at
+  // hand, the look-up's arrays and the marks (late).
+  void PrefetchEarly(const CSpectrum& library) const;
+  void PrefetchLate(const CSpectrum& library) const;
   // Resets `current` for a new candidate (step 3 of the scoring).
   void StartCandidate(CSpectrum& library);
   // Records a found library peak l for query peak q and adds to dps.

@@ -71,8 +71,10 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
   if (candidates.empty()) return current;
   PrepareQueryLookup(query);
 
-  if (!candidates.empty()) PrefetchEarly(*candidates[0]);
-  if (candidates.size() > 1) PrefetchEarly(*candidates[1]);
+  for (std::size_t i = 0; i < std::min<std::size_t>(3, candidates.size()); ++i)
+    PrefetchEarly(*candidates[i]);
+  for (std::size_t i = 0; i < std::min<std::size_t>(2, candidates.size()); ++i)
+    PrefetchLate(*candidates[i]);
   for (std::size_t i = 0; i < candidates.size(); ++i) {
     const CGlycan* choice = nullptr;
     if (i < glycanLists.size()) {
@@ -97,8 +99,8 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
       current.glycanName.clear();
       current.glycanMass = 0.0;
     }
-    if (i + 2 < candidates.size()) PrefetchEarly(*candidates[i + 2]);
-    if (i + 1 < candidates.size()) PrefetchLate(*candidates[i + 1]);
+    if (i + 3 < candidates.size()) PrefetchEarly(*candidates[i + 3]);
+    if (i + 2 < candidates.size()) PrefetchLate(*candidates[i + 2]);
     ScoreCandidateFast(query, *candidates[i]);
   }
 
@@ -148,13 +150,13 @@ void CSpectrumMatcher::PrefetchLate(const CSpectrum& library) const {
   CEntryPeakView view;
   if (peakLookup == nullptr || !peakLookup->Find(library, view)) return;
   const char* mzs = reinterpret_cast<const char*>(view.mzs);
-  for (std::size_t at = 0; at < std::min<std::size_t>(view.peakCount * sizeof(double), 8 * kLine); at += kLine)
+  for (std::size_t at = 0; at < std::min<std::size_t>(view.peakCount * sizeof(double), 32 * kLine); at += kLine)
     Prefetch(mzs + at);
   const char* ions = reinterpret_cast<const char*>(view.ions);
-  for (std::size_t at = 0; at < std::min<std::size_t>(view.ionCount * sizeof(CLibraryIon), 4 * kLine); at += kLine)
+  for (std::size_t at = 0; at < std::min<std::size_t>(view.ionCount * sizeof(CLibraryIon), 16 * kLine); at += kLine)
     Prefetch(ions + at);
   const char* marks = reinterpret_cast<const char*>(library.peakUsed.data());
-  for (std::size_t at = 0; at < std::min<std::size_t>(library.peakUsed.size() * sizeof(uint32_t), 4 * kLine); at += kLine)
+  for (std::size_t at = 0; at < std::min<std::size_t>(library.peakUsed.size() * sizeof(uint32_t), 16 * kLine); at += kLine)
     Prefetch(marks + at, true);
 }
 
@@ -241,6 +243,12 @@ void CSpectrumMatcher::PrepareQueryLookup(const CSpectrum& query) {
   SumQueryIntensities(query);
   lookupUsable = false;
   windows.clear();
+  bucketCount = 0;
+  for (uint64_t b : touchedBuckets) {
+    buckets[b] = {0, 0};
+    bucketBits[b >> 6] = 0;
+  }
+  touchedBuckets.clear();
   const CSearchParam& search = CParam::GetInstance().search;
   const double toleranceValue = search.query_product_ion_tolerance;
   const int32_t toleranceUnit = search.query_product_ion_unit;
@@ -256,9 +264,9 @@ void CSpectrumMatcher::PrepareQueryLookup(const CSpectrum& query) {
     largestMz = std::max(largestMz, std::fabs(mz));
   }
   bucketCount = 0;
-  const double scale = 1.0 + largestMz + largestTolerance;
-  if (!std::isfinite(scale)) return;
-  scaleLimit = 1e3 * scale;
+  const double magnitude = 1.0 + largestMz + largestTolerance;
+  if (!std::isfinite(magnitude)) return;
+  scaleLimit = 1e3 * magnitude;
   if (windows.empty()) {
     lookupUsable = true;
     return;
@@ -266,24 +274,40 @@ void CSpectrumMatcher::PrepareQueryLookup(const CSpectrum& query) {
   std::sort(windows.begin(), windows.end(), [](const QueryWindow& a, const QueryWindow& b) {
     return a.mz < b.mz || (a.mz == b.mz && a.index < b.index);
   });
-  const double reach = largestTolerance + 1e-7 * scale;
-  // Buckets are whole m/z units, as the floors the library keeps per peak.
+  const double reach = largestTolerance + 1e-7 * magnitude;
   const double low = windows.front().mz - reach, high = windows.back().mz + reach;
-  if (!(std::fabs(low) < kBucketLimit && std::fabs(high) < kBucketLimit)) return;
-  bucketBase = FloorToInteger(low);
-  if (FloorToInteger(high) - bucketBase >= (1 << 22)) return;  // m/z spread too wide
-  bucketCount = static_cast<std::size_t>(FloorToInteger(high) - bucketBase) + 1;
-  buckets.assign(bucketCount, {0, 0});
+  constexpr double kMzLimit = 1073741824.0;  // 2^30, as the library look-up
+  if (!(std::fabs(low) < kMzLimit && std::fabs(high) < kMzLimit)) return;
+  // Buckets of a power-of-two fraction of an m/z unit, 1/16 at most, at least
+  // twice the reach of a window so that a window covers two or three; coarser
+  // when the query spreads over too many.
+  constexpr double kFinest = 16.0, kCoarsest = 1.0 / 1048576.0;
+  constexpr int64_t kMostBuckets = int64_t{1} << 20;
+  bucketScale = kFinest;
+  while (bucketScale > kCoarsest && 2.0 * reach * bucketScale > 1.0) bucketScale *= 0.5;
+  while (bucketScale > kCoarsest && FloorToInteger(high * bucketScale) -
+                                            FloorToInteger(low * bucketScale) >= kMostBuckets)
+    bucketScale *= 0.5;
+  bucketBase = FloorToInteger(low * bucketScale);
+  const int64_t span = FloorToInteger(high * bucketScale) - bucketBase;
+  if (span >= kMostBuckets) return;  // m/z spread too wide
+  bucketCount = static_cast<uint64_t>(span) + 1;
+  if (buckets.size() < bucketCount) buckets.resize(bucketCount, {0, 0});
+  if (bucketBits.size() < (bucketCount + 63) / 64) bucketBits.resize((bucketCount + 63) / 64, 0);
   // Each window goes into every bucket from that of mz - reach to that of
   // mz + reach. Both ends rise with the m/z, so a bucket holds a run of windows.
   for (std::size_t w = 0; w < windows.size(); ++w) {
-    std::size_t from = 0, to = 0;
+    uint64_t from = 0, to = 0;
     if (!BucketOf(windows[w].mz - reach, from) || !BucketOf(windows[w].mz + reach, to)) {
       bucketCount = 0;
       return;
     }
-    for (std::size_t b = from; b <= to; ++b) {
-      if (buckets[b].second == 0) buckets[b].first = static_cast<uint32_t>(w);
+    for (uint64_t b = from; b <= to; ++b) {
+      if (buckets[b].second == 0) {
+        buckets[b].first = static_cast<uint32_t>(w);
+        bucketBits[b >> 6] |= uint64_t{1} << (b & 63);
+        touchedBuckets.push_back(b);
+      }
       buckets[b].second = static_cast<uint32_t>(w + 1) - buckets[b].first;
     }
   }
@@ -320,10 +344,10 @@ void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, CSpectrum& lib
   hits.clear();
   for (std::size_t i = 0; i < view.peakCount; ++i) {
     const double mz = view.mzs[i];
-    const uint64_t bucket = static_cast<uint64_t>(FloorToInteger(mz) - bucketBase);
-    if (bucket >= bucketCount) continue;
+    // |mz| < 2^30 in a usable view, so the scaled value needs no test.
+    const uint64_t bucket = static_cast<uint64_t>(FloorToInteger(mz * bucketScale) - bucketBase);
+    if (bucket >= bucketCount || !Occupied(bucket)) continue;
     const auto [first, count] = buckets[bucket];
-    if (count == 0) continue;
     for (uint32_t w = first; w < first + count; ++w) {
       const QueryWindow& window = windows[w];
       if (window.lower <= mz && mz < window.upper) {
@@ -336,8 +360,8 @@ void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, CSpectrum& lib
     const CLibraryIon& ion = view.ions[k];
     const uint32_t z = ion.charge;
     if (z > highestCharge) continue;
-    std::size_t bucket;
-    if (!BucketOf(ion.mz + shiftByCharge[z], bucket)) continue;
+    uint64_t bucket;
+    if (!BucketOf(ion.mz + shiftByCharge[z], bucket) || !Occupied(bucket)) continue;
     const auto [first, count] = buckets[bucket];
     for (uint32_t w = first; w < first + count; ++w) {
       const QueryWindow& window = windows[w];

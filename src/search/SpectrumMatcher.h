@@ -87,16 +87,16 @@ class CSpectrumMatcher {
   void FinishCandidate(const CSpectrum& query, const CSpectrum& library);
   // Fills dpsIons and psIons of `current` from its pair lists.
   void NameMatchedIons();
-  // Bucket (whole m/z unit, counted from bucketBase) that holds m/z x; false
-  // outside the table.
-  bool BucketOf(double x, std::size_t& bucket) const {
-    if (!(std::fabs(x) < kBucketLimit)) return false;
-    const int64_t unit = FloorToInteger(x) - bucketBase;
-    if (unit < 0 || static_cast<uint64_t>(unit) >= bucketCount) return false;
-    bucket = static_cast<std::size_t>(unit);
-    return true;
+  // Bucket (of width 1 / bucketScale, counted from bucketBase) that holds
+  // m/z x; false outside the table.
+  bool BucketOf(double x, uint64_t& bucket) const {
+    const double scaled = x * bucketScale;
+    if (!(std::fabs(scaled) < kScaledLimit)) return false;
+    bucket = static_cast<uint64_t>(FloorToInteger(scaled) - bucketBase);
+    return bucket < bucketCount;
   }
-  static constexpr double kBucketLimit = 1073741824.0;  // 2^30, as the library look-up
+  bool Occupied(uint64_t bucket) const { return (bucketBits[bucket >> 6] >> (bucket & 63)) & 1; }
+  static constexpr double kScaledLimit = 1125899906842624.0;  // 2^50
 
   std::vector<CSpectralMatch> matches;  // the first matchCount are in use
   std::size_t matchCount = 0;
@@ -105,11 +105,16 @@ class CSpectrumMatcher {
   std::vector<int> sitePositions;
 
   // Look-up of the current query: windows by ascending m/z; per bucket of
-  // m/z the run of windows (first, count) that may reach into it.
+  // m/z the run of windows (first, count) that may reach into it, and a bit
+  // that tells whether there is any (most buckets are empty, and the bits fit
+  // the processor's nearest cache).
   std::vector<QueryWindow> windows;
   std::vector<std::pair<uint32_t, uint32_t>> buckets;
-  std::size_t bucketCount = 0;
+  std::vector<uint64_t> bucketBits;
+  std::vector<uint64_t> touchedBuckets;  // to empty the tables for the next query
+  uint64_t bucketCount = 0;
   int64_t bucketBase = 0;
+  double bucketScale = 1.0;
   double scaleLimit = 0.0;  // |shift| and library m/z the look-up stays exact for
   bool lookupUsable = false;
   // Candidate pairs of one candidate: query peak << 32 | charge << 28 | library peak.

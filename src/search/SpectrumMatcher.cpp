@@ -37,8 +37,6 @@ void CSpectrumMatcher::Init(std::size_t capacity) {
   matches.clear();
   matches.reserve(capacity);
   matchCount = 0;
-  order.clear();
-  order.reserve(capacity);
   ionScratch.reserve(64);
 }
 
@@ -106,26 +104,27 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
 
   ComputeScores(query.topPeakCount);
 
-  // Descending score; ties keep candidate order, one of the orders allowed.
-  order.resize(matchCount);
-  for (std::size_t i = 0; i < matchCount; ++i) order[i] = static_cast<uint32_t>(i);
-  std::sort(order.begin(), order.end(), [this](uint32_t a, uint32_t b) {
+  // The records in order of descending score, ties in candidate order (one of
+  // the orders allowed), are walked to the first with enough peptide ions. In
+  // that strict order the walk ends at the first of the qualifying records,
+  // and the first record overall stands in when none qualifies: both are
+  // found in one pass, without sorting.
+  auto ranksBefore = [this](std::size_t a, std::size_t b) {
     const double sa = RankingScore(matches[a].score), sb = RankingScore(matches[b].score);
     return sa > sb || (sa == sb && a < b);
-  });
-
+  };
   const int32_t minimalIons = CParam::GetInstance().search.minimal_peptide_ions;
-  std::size_t chosen = matchCount;
-  for (uint32_t index : order) {
-    if (matches[index].matchedPeptideIonCount >= minimalIons) {
-      chosen = index;
-      break;
-    }
+  std::size_t chosen = matchCount, first = 0;
+  for (std::size_t i = 0; i < matchCount; ++i) {
+    if (ranksBefore(i, first)) first = i;
+    if (matches[i].matchedPeptideIonCount >= minimalIons &&
+        (chosen == matchCount || ranksBefore(i, chosen)))
+      chosen = i;
   }
   if (chosen < matchCount) {
     current = matches[chosen];
   } else {
-    current = matches[order[0]];
+    current = matches[first];
     current.score = -1.0;
   }
   current.candidateCount = static_cast<int32_t>(matchCount);

@@ -100,7 +100,6 @@ class CSpectrumMatcher {
 
   std::vector<CSpectralMatch> matches;  // the first matchCount are in use
   std::size_t matchCount = 0;
-  std::vector<uint32_t> order;
   std::vector<CPeak> ionScratch;
   std::vector<int> sitePositions;
 

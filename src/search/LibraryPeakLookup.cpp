@@ -26,7 +26,7 @@ bool CLibraryPeakLookup::Describe(const CSpectrum& spectrum, std::vector<double>
     largestMz = std::max(largestMz, std::fabs(mz));
     if ((peak.type == kPeakB || peak.type == kPeakY) && peak.charge >= 1 &&
         peak.charge <= kHighestIonCharge)
-      ions.push_back({mz, static_cast<uint32_t>(i), peak.charge});
+      ions.push_back(CLibraryIon::Of(static_cast<uint32_t>(i), peak.charge));
   }
   return usable;
 }
@@ -36,9 +36,15 @@ void CLibraryPeakLookup::Build(const std::vector<CSpectrum>& spectra) {
   entries.assign(spectra.size(), Entry{});
   mzs.clear();
   ions.clear();
-  std::size_t peaks = 0;
-  for (const CSpectrum& spectrum : spectra) peaks += spectrum.peaks.size();
+  std::size_t peaks = 0, reachable = 0;
+  for (const CSpectrum& spectrum : spectra) {
+    peaks += spectrum.peaks.size();
+    for (const CPeak& peak : spectrum.peaks)
+      reachable += (peak.type == kPeakB || peak.type == kPeakY) && peak.charge >= 1 &&
+                   peak.charge <= kHighestIonCharge;
+  }
   mzs.reserve(peaks);
+  ions.reserve(reachable);
   for (std::size_t i = 0; i < spectra.size(); ++i) {
     Entry& entry = entries[i];
     entry.peaks = spectra[i].peaks.data();

@@ -5,11 +5,13 @@
 
 #include "spectrum/Spectrum.h"
 
-// A b or y ion of a library entry that shifted matching can reach.
+// A b or y ion of a library entry that shifted matching can reach: its peak
+// index (below 2^28) and charge (1 .. 4) in one word.
 struct CLibraryIon {
-  double mz;
-  uint32_t peak;    // index into the entry's peaks
-  uint32_t charge;  // 1 .. kHighestIonCharge
+  uint32_t packed;
+  uint32_t Peak() const { return packed & ((1u << 28) - 1); }
+  uint32_t Charge() const { return packed >> 28; }
+  static CLibraryIon Of(uint32_t peak, uint32_t charge) { return {charge << 28 | peak}; }
 };
 
 // What matching scans of one library entry, in compact form.

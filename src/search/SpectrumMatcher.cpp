@@ -356,19 +356,20 @@ void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, CSpectrum& lib
     }
   }
   for (std::size_t k = 0; k < view.ionCount; ++k) {
-    const CLibraryIon& ion = view.ions[k];
-    const uint32_t z = ion.charge;
+    const uint32_t z = view.ions[k].Charge();
     if (z > highestCharge) continue;
+    const uint32_t l = view.ions[k].Peak();
+    const double mz = view.mzs[l];
     uint64_t bucket;
-    if (!BucketOf(ion.mz + shiftByCharge[z], bucket) || !Occupied(bucket)) continue;
+    if (!BucketOf(mz + shiftByCharge[z], bucket) || !Occupied(bucket)) continue;
     const auto [first, count] = buckets[bucket];
     for (uint32_t w = first; w < first + count; ++w) {
       const QueryWindow& window = windows[w];
       const double centre = window.mz - shiftByCharge[z];
-      if (centre - window.tolerance <= ion.mz && ion.mz < centre + window.tolerance) {
+      if (centre - window.tolerance <= mz && mz < centre + window.tolerance) {
         hits.push_back(static_cast<uint64_t>(window.index) << 32 |
-                       static_cast<uint64_t>(z) << kPeakBits | ion.peak);
-        Prefetch(&peaks[ion.peak]);
+                       static_cast<uint64_t>(z) << kPeakBits | l);
+        Prefetch(&peaks[l]);
       }
     }
   }

@@ -5,8 +5,6 @@
 
 namespace {
 
-constexpr double kHighResolutionPpm = 25.0;
-constexpr double kHighResolutionDa = 0.025;
 constexpr uint32_t kFirstFilterPeaks = 5;
 constexpr uint32_t kFirstFilterWidth = 50;
 constexpr double kConsensusFraction = 0.33;
@@ -26,8 +24,8 @@ bool CIdentifiedAnalyzer::BuildConsensus(const CIdentifiedPeptide& peptide) {
   }
   if (spectra.empty()) return false;
 
-  const double limit = param.library_product_ion_unit == 1 ? kHighResolutionPpm : kHighResolutionDa;
-  const bool highResolution = param.library_product_ion_tolerance <= limit;
+  const bool highResolution =
+      IsHighResolution(param.library_product_ion_tolerance, param.library_product_ion_unit);
   for (CSpectrum& spectrum : spectra) {
     if (highResolution) spectrum.CollapsePeakClusters();
     spectrum.KeepTopPeaksPerBin(kFirstFilterPeaks, kFirstFilterWidth);

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "fdr/ResultLineScan.h"
+#include "run/NumberText.h"
 #include "run/Process.h"
 
 const char* const kFdrResultHeader =
@@ -170,13 +171,10 @@ void CFdrEstimator::Write() const {
     buffer.clear();
   };
   buffer.append(kFdrResultHeader).push_back('\n');
-  char number[64];
   for (const CFdrRecord& record : records) {
     buffer.append(record.line).push_back('\t');
-    // Fixed notation, 3 digits after the point, as "%.3f" prints it.
-    auto written = std::to_chars(number, number + sizeof number, record.fdr,
-                                 std::chars_format::fixed, 3);
-    buffer.append(number, written.ptr).push_back('\n');
+    AppendFixed(buffer, record.fdr, 3);
+    buffer.push_back('\n');
     if (buffer.size() >= kIoChunk) flush();
   }
   flush();

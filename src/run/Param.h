@@ -68,6 +68,11 @@ struct CSearchParam {
 // value * mz / 1e6, any other unit -1.0.
 double ToleranceInDa(double value, int32_t unit, double mz);
 
+// Whether a product ion tolerance counts as high resolution: at most 25 ppm
+// (unit 1) or 0.025 Da (any other unit), the limit included. Close peaks are
+// collapsed only then.
+bool IsHighResolution(double tolerance, int32_t unit);
+
 // The parameter singleton: created at first access, loaded once, read-only after.
 class CParam {
  public:

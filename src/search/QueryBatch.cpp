@@ -6,8 +6,6 @@
 namespace {
 constexpr double kGlycopeptideMarker = 138.054953;
 constexpr double kMarkerRatio = 0.3;
-constexpr double kHighResolutionPpm = 25.0;
-constexpr double kHighResolutionDa = 0.025;
 }  // namespace
 
 void CQueryBatch::Init(const CSearchParam& param) {
@@ -36,14 +34,10 @@ bool CQueryBatch::IsGlycoSpectrum(const CSpectrum& spectrum) const {
   return false;
 }
 
-bool CQueryBatch::IsHighResolution(double tolerance, int32_t unit) {
-  return unit == 1 ? tolerance <= kHighResolutionPpm : tolerance <= kHighResolutionDa;
-}
-
 void CQueryBatch::Prepare() {
   const CSearchParam& search = CParam::GetInstance().search;
   const bool highResolution =
-      IsHighResolution(search.query_product_ion_tolerance, search.query_product_ion_unit);
+      ::IsHighResolution(search.query_product_ion_tolerance, search.query_product_ion_unit);
   for (CSpectrum& spectrum : spectra) PrepareSpectrum(spectrum, highResolution);
 }
 

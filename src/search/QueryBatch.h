@@ -20,9 +20,6 @@ class CQueryBatch {
   void Prepare();
   // The preparation of one spectrum; Prepare applies it to each.
   void PrepareSpectrum(CSpectrum& spectrum, bool highResolution) const;
-  // Whether close peaks are collapsed: the configured product tolerance is at
-  // most 25 ppm or 0.025 Da.
-  static bool IsHighResolution(double tolerance, int32_t unit);
 
   std::vector<CSpectrum> spectra;
   std::vector<CDatasetFile> datasets;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "molecule/Modification.h"
+#include "run/NumberText.h"
 #include "run/Param.h"
 #include "run/Process.h"
 #include "run/StringUtil.h"
@@ -21,12 +22,8 @@ namespace {
 // A result line is written only above this score.
 constexpr double kMinimalReportedScore = 0.00001;
 
-// Fixed notation with 5 digits after the point, as the stream would print it.
-void AppendFixed(std::string& line, double value) {
-  char text[400];  // room for the largest double in fixed notation
-  std::snprintf(text, sizeof text, "%.5f", value);
-  line += text;
-}
+// Numbers of the result file: fixed notation with 5 digits after the point.
+void AppendNumber(std::string& line, double value) { AppendFixed(line, value, 5); }
 
 void AppendField(std::string& line, const std::string& value) {
   line += value;
@@ -50,16 +47,16 @@ void CLibrarySearcher::FormatResultLine(const CSpectralMatch& match, std::string
   line.clear();
   AppendField(line, q.name);
   AppendField(line, l.name);
-  AppendFixed(line, q.precursorMass);
+  AppendNumber(line, q.precursorMass);
   line += '\t';
-  AppendFixed(line, l.precursorMass);
+  AppendNumber(line, l.precursorMass);
   line += '\t';
   AppendField(line, std::to_string(q.charge));
   AppendField(line, l.sequence);
   AppendField(line, ModificationsToString(l.modifications));
-  AppendFixed(line, q.precursorMass - l.precursorMass);
+  AppendNumber(line, q.precursorMass - l.precursorMass);
   line += '\t';
-  AppendFixed(line, match.glycanMass);
+  AppendNumber(line, match.glycanMass);
   line += '\t';
   AppendField(line, match.glycanName);
   AppendField(line, match.glycoLoc);
@@ -72,16 +69,16 @@ void CLibrarySearcher::FormatResultLine(const CSpectralMatch& match, std::string
   AppendField(line, motif != nullptr ? *motif : std::string());
   AppendField(line, std::to_string(match.candidateCount));
   AppendField(line, std::to_string(match.matchedYIonCount));
-  AppendFixed(line, match.matchedYIonIntensity);
+  AppendNumber(line, match.matchedYIonIntensity);
   line += '\t';
   AppendField(line, std::to_string(match.matchedPeptideIonCount));
-  AppendFixed(line, match.matchedPeptideIonIntensity);
+  AppendNumber(line, match.matchedPeptideIonIntensity);
   line += '\t';
-  AppendFixed(line, match.dps);
+  AppendNumber(line, match.dps);
   line += '\t';
-  AppendFixed(line, match.ps);
+  AppendNumber(line, match.ps);
   line += '\t';
-  AppendFixed(line, match.score);
+  AppendNumber(line, match.score);
   line += '\t';
   AppendField(line, HasAffix(false, true, l.name, kDecoyPrefix) ? "D" : "T");
   AppendField(line, match.dpsIons);

@@ -101,8 +101,8 @@ TEST(QueryBatch, AcceptsOnlyAStrongGlycopeptideMarker) {
 }
 
 TEST(QueryBatch, PrepareCollapsesOnlyAtHighResolution) {
-  EXPECT_TRUE(CQueryBatch::IsHighResolution(25, 1) && CQueryBatch::IsHighResolution(0.025, 0));
-  EXPECT_FALSE(CQueryBatch::IsHighResolution(30, 1) || CQueryBatch::IsHighResolution(0.05, 0));
+  EXPECT_TRUE(IsHighResolution(25, 1) && IsHighResolution(0.025, 0));
+  EXPECT_FALSE(IsHighResolution(30, 1) || IsHighResolution(0.05, 0));
   CQueryBatch batch = MakeBatch();
   for (double ppm : {20.0, 30.0}) {
     SetTolerances(ppm, 1);

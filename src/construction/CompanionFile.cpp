@@ -1,8 +1,10 @@
 // The companion file of a library: which spectra went into which entry.
 #include <algorithm>
 #include <fstream>
+#include <iostream>
 
 #include "construction/IdentifiedAnalyzer.h"
+#include "run/Process.h"
 
 std::string CompanionFileName(const std::string& libraryPath) {
   // "_libcomp" goes in front of the last point of the whole name and ".txt"
@@ -13,15 +15,28 @@ std::string CompanionFileName(const std::string& libraryPath) {
   return libraryPath.substr(0, point) + "_libcomp.txt";
 }
 
+namespace {
+[[noreturn]] void FailOnCompanion(const std::string& path) {
+  std::cout << "[Error]: The library's companion file " << path << " can't be written."
+            << std::endl;
+  ExitProgram(1);
+}
+}  // namespace
+
 void CIdentifiedAnalyzer::WriteComposition(std::size_t n) {
-  // A file that can't be opened is not reported: the library itself is the
-  // product, the companion is a by-product whose writes are then lost.
-  std::ofstream out(CompanionFileName(param.output_speclib_filename));
-  if (!out) return;
+  const std::string path = CompanionFileName(param.output_speclib_filename);
+  if (!companion.Open(path)) FailOnCompanion(path);
+  std::ofstream& out = companion.Stream();
   const std::size_t count = std::min(n, peptides.size());
   for (std::size_t i = 0; i < count; ++i) {
     out << "SpectrumName:" << (i + 1) << '\n';
     for (const CSpectrumRef& ref : peptides[i].spectra) out << ref.spectrumName << '\n';
     out << '\n';
   }
+}
+
+void CIdentifiedAnalyzer::CommitComposition() {
+  if (!companion.IsOpen()) return;
+  const std::string path = companion.Path();
+  if (!companion.Commit()) FailOnCompanion(path);
 }

@@ -7,6 +7,7 @@
 
 #include "idlist/PeptideIdentity.h"
 #include "run/Param.h"
+#include "run/SafeOutputFile.h"
 #include "spectrum/DatasetIOPool.h"
 #include "spectrum/Spectrum.h"
 
@@ -26,7 +27,11 @@ class CIdentifiedAnalyzer {
   // Replaces each peptide of two or more sites by one peptide per site, at the end.
   void SplitMultiSite();
   // Writes the companion file: one block per peptide, for the first n peptides.
+  // It appears under its name only with CommitComposition, so that it never
+  // describes a library that was not written. A file that can't be written
+  // ends the run with status 1.
   void WriteComposition(std::size_t n);
+  void CommitComposition();
   // Reads, cleans and merges the peptide's spectra into spectra[0]; false if
   // none could be read.
   bool BuildConsensus(const CIdentifiedPeptide& peptide);
@@ -40,6 +45,7 @@ class CIdentifiedAnalyzer {
   std::vector<CSpectrum> spectra;
 
  private:
+  CSafeOutputFile companion;
   // Index of `peptides` by peptide key, so that AddPeptide stays near constant
   // time; valid for the first `indexedPeptides` entries.
   std::unordered_map<std::string, std::size_t> peptideIndex;

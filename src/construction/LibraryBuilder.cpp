@@ -35,6 +35,9 @@ void CLibraryBuilder::Construct() {
   tableFile.filename = param.mass_table_filename;
   tableFile.Load(calculator.massTable);
   library.OpenWrite(param.output_speclib_filename);
+  // The message is printed; a library that can't be written ends the run
+  // instead of building into nothing.
+  if (!library.WriteSucceeded()) ExitProgram(1);
 
   analyzer.LoadIdentified();
   analyzer.SplitMultiSite();
@@ -62,6 +65,8 @@ void CLibraryBuilder::Construct() {
   analyzer.spectra.clear();
   analyzer.ClosePool();
   library.CloseWrite();
+  if (!library.WriteSucceeded()) ExitProgram(1);
+  analyzer.CommitComposition();
   std::cout << "\t\t" << n << " / " << n << std::endl;
   std::cout << "    --- Complete!" << std::endl << std::endl;
 }

@@ -12,6 +12,7 @@
 #include "fdr/ResultLineScan.h"
 #include "run/NumberText.h"
 #include "run/Process.h"
+#include "run/SafeOutputFile.h"
 
 const char* const kFdrResultHeader =
     "QuerySpecName\tLibSpecName\tQueryPrecursorMH\tLibPrecursorMH\tCharge\tSequence\tModification\t"
@@ -109,8 +110,8 @@ void CFdrEstimator::Estimate() {
 }
 
 void CFdrEstimator::Load() {
-  // A directory opens like a file here but can't be read: it is no result file.
-  if (GetPathKind(inputPath) == PathKind::Directory) FailOnResultFile(inputPath);
+  // Only a regular file is a result file: a directory can't be read, a device never ends.
+  if (GetPathKind(inputPath) != PathKind::File) FailOnResultFile(inputPath);
   FilePtr file(std::fopen(inputPath.c_str(), "rb"));
   if (!file) FailOnResultFile(inputPath);
   bool header = true;
@@ -160,14 +161,13 @@ void CFdrEstimator::BackwardPass(std::vector<CFdrRecord>& records) {
 }
 
 void CFdrEstimator::Write() const {
-  FilePtr file(std::fopen(outputPath.c_str(), "wb"));
-  if (!file) FailOnResultFile(outputPath);
+  CSafeOutputFile file;
+  if (!file.Open(outputPath, std::ios::binary)) FailOnResultFile(outputPath);
+  std::ofstream& out = file.Stream();
   std::string buffer;
   buffer.reserve(kIoChunk + 8192);
-  bool failed = false;
   auto flush = [&] {
-    if (!buffer.empty() && std::fwrite(buffer.data(), 1, buffer.size(), file.get()) != buffer.size())
-      failed = true;
+    out.write(buffer.data(), static_cast<std::streamsize>(buffer.size()));
     buffer.clear();
   };
   buffer.append(kFdrResultHeader).push_back('\n');
@@ -178,10 +178,9 @@ void CFdrEstimator::Write() const {
     if (buffer.size() >= kIoChunk) flush();
   }
   flush();
-  if (std::fclose(file.release()) != 0) failed = true;
   // The search's lines are still in the input file; it must outlive a write
   // that didn't complete, so the run ends here with the file kept.
-  if (failed) {
+  if (!file.Commit()) {
     std::cout << "Identification result file write error: failed to write result file "
               << outputPath << std::endl;
     ExitProgram(1);

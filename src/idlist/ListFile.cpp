@@ -4,8 +4,11 @@
 #include <climits>
 #include <iostream>
 
+#include "run/Process.h"
+
 bool OpenListFile(const std::string& path, std::ifstream& in) {
-  in.open(path, std::ios::binary);
+  // Only regular files are lists: a FIFO would block and a device never end.
+  if (GetPathKind(path) == PathKind::File) in.open(path, std::ios::binary);
   if (!in.is_open()) {
     std::cout << "Error when opening \"" << path << "\"." << std::endl;
     return false;

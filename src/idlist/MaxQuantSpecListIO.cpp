@@ -8,6 +8,7 @@
 #include <map>
 #include <string_view>
 
+#include "run/Process.h"
 #include "run/StringUtil.h"
 
 void CMaxQuantSpecListIO::Init(const CIdentificationFile& file) {
@@ -73,7 +74,8 @@ void Report(const std::string& path, const std::string& problem) {
 }  // namespace
 
 void CMaxQuantSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
-  std::ifstream in(path, std::ios::binary);
+  std::ifstream in;
+  if (GetPathKind(path) == PathKind::File) in.open(path, std::ios::binary);
   if (!in.is_open()) {
     std::cout << "Error when opening \"" << path << "\"." << std::endl;
     return;

@@ -4,12 +4,14 @@
 #include <fstream>
 #include <iterator>
 
+#include "run/Process.h"
+
 CXmlDocument::~CXmlDocument() { Clear(); }
 
 void CXmlDocument::LoadFile(const std::string& path) {
-  std::error_code error;
+  // Only a regular file: a directory can't be read, a FIFO or device may never end.
   std::ifstream in;
-  if (!std::filesystem::is_directory(path, error)) in.open(path, std::ios::binary);
+  if (GetPathKind(path) == PathKind::File) in.open(path, std::ios::binary);
   if (!in.is_open()) throw CXmlException("Can not open file!");
 
   Clear();

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "run/Process.h"
 #include "run/TextLine.h"
 
 namespace {
@@ -50,9 +51,8 @@ bool CProteinDatabase::Load() {
     std::cout << "Can not open Fasta file!\n";
     return false;
   }
-  // A directory opens as a stream on Linux but is no file to read.
-  std::error_code error;
-  if (!std::filesystem::is_directory(path, error)) stream.open(path, std::ios::binary);
+  // Only a regular file: a directory can't be read, a FIFO or device may never end.
+  if (GetPathKind(path) == PathKind::File) stream.open(path, std::ios::binary);
   if (!stream.is_open()) {
     std::cout << "Can't find fasta file!\n";
     std::cout << "Can not open Fasta file!\n";

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "run/Process.h"
+#include "run/SafeOutputFile.h"
 #include "run/StringUtil.h"
 #include "run/TextLine.h"
 
@@ -16,9 +17,11 @@ constexpr std::size_t kConfigLineLimit = 1 << 16;
 void CConfigFile::Read(const std::string& filename) {
   sections.clear();
   sections.reserve(8);
-  std::ifstream in(filename, std::ios::binary);
-  // A directory opens like a file on Linux but can't be read.
-  if (!in || GetPathKind(filename) == PathKind::Directory) {
+  // Only a regular file is read: a directory opens like a file on Linux but
+  // can't be read, a FIFO blocks on opening and a device never ends.
+  std::ifstream in;
+  if (GetPathKind(filename) == PathKind::File) in.open(filename, std::ios::binary);
+  if (!in.is_open()) {
     std::cout << "Error when reading \"" << filename << "\"." << std::endl;
     ExitProgram(-1);
   }
@@ -45,14 +48,21 @@ void CConfigFile::Read(const std::string& filename) {
 }
 
 void CConfigFile::Write(const std::string& filename) const {
-  std::ofstream out(filename, std::ios::binary | std::ios::trunc);
-  if (!out) {
+  // Written beside the old file and moved into place when complete, so that a
+  // failed write never leaves a cut table behind.
+  CSafeOutputFile file;
+  bool ok = file.Open(filename, std::ios::binary);
+  if (ok) {
+    std::ofstream& out = file.Stream();
+    for (const CConfigSection& section : sections) {
+      out << '[' << section.name << "]\n";
+      for (const auto& [key, value] : section.entries) out << key << " = " << value << '\n';
+    }
+    ok = file.Commit();
+  }
+  if (!ok) {
     std::cout << "Error when writing \"" << filename << "\"." << std::endl;
     ExitProgram(-1);
-  }
-  for (const CConfigSection& section : sections) {
-    out << '[' << section.name << "]\n";
-    for (const auto& [key, value] : section.entries) out << key << " = " << value << '\n';
   }
 }
 

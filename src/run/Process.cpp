@@ -1,5 +1,7 @@
 #include "run/Process.h"
 
+#include "run/SafeOutputFile.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +14,8 @@
 #include <thread>
 
 void ExitProgram(int status) {
+  // A run that ends early leaves no half-written output behind.
+  RemovePendingTemporaries();
   std::cout.flush();
   std::exit(status);
 }

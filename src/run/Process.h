@@ -2,8 +2,9 @@
 #include <string>
 #include <vector>
 
-// Ends the program with the given status after flushing standard output.
-// Status -1 appears to the shell as 255.
+// Ends the program with the given status after removing the temporaries of
+// uncommitted outputs and flushing standard output. Status -1 appears to the
+// shell as 255.
 [[noreturn]] void ExitProgram(int status);
 
 // Makes the executable's folder the working directory; prints the original

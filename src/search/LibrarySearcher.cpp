@@ -2,10 +2,21 @@
 
 #include <iostream>
 
+#include "run/Process.h"
+
 CLibrarySearcher::~CLibrarySearcher() {
   delete batch.reader;
   batch.reader = nullptr;
-  if (resultFile.is_open()) resultFile.close();
+}
+
+void CLibrarySearcher::Finish() {
+  delete batch.reader;
+  batch.reader = nullptr;
+  if (!resultOutput.Commit()) {
+    std::cout << "Output search result error: failed to open file "
+              << param.output_result_filename << std::endl;
+    ExitProgram(1);
+  }
 }
 
 void CLibrarySearcher::Init(const CSearchParam& settings) {
@@ -43,6 +54,8 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
     total = batch.reader->Count();
   }
   uint32_t kept = 0;
+  std::size_t damagedPeaks = 0;
+  std::size_t damagedSpectra = 0;
   for (;;) {
     batch.spectra.clear();
     while (batch.reader != nullptr && batch.spectra.size() < batch.batchSize) {
@@ -50,8 +63,12 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
       if (!batch.reader->ReadNext(batch.spectra)) break;
       // A failed read adds nothing; a rejected spectrum leaves at once and does
       // not count towards the batch.
-      if (batch.spectra.size() > before && !batch.IsGlycoSpectrum(batch.spectra.back()))
-        batch.spectra.pop_back();
+      if (batch.spectra.size() == before) continue;
+      if (const std::size_t dropped = CQueryBatch::DropDamagedPeaks(batch.spectra.back())) {
+        damagedPeaks += dropped;
+        ++damagedSpectra;
+      }
+      if (!batch.IsGlycoSpectrum(batch.spectra.back())) batch.spectra.pop_back();
     }
     batch.Prepare();
     results.clear();
@@ -67,6 +84,12 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
     // The empty batch that ends a dataset goes through every step above, so
     // the last progress line repeats the one before it.
     if (batch.spectra.empty()) break;
+  }
+  if (damagedPeaks > 0) {
+    std::cout << "\t\t[Warning]: " << damagedPeaks
+              << " damaged peaks (an m/z or intensity that is not a finite number, or a "
+                 "negative intensity) were dropped from "
+              << damagedSpectra << " spectra." << std::endl;
   }
   std::cout << "    --- Complete!\n" << std::endl;
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "run/Param.h"
+#include "run/SafeOutputFile.h"
 #include "search/GlycanLists.h"
 #include "search/QueryBatch.h"
 #include "search/SpectralLibrary.h"
@@ -17,13 +18,17 @@ class CLibrarySearcher {
   CLibrarySearcher() = default;
   CLibrarySearcher(const CLibrarySearcher&) = delete;
   CLibrarySearcher& operator=(const CLibrarySearcher&) = delete;
-  // Teardown: deletes the last reader and closes (flushes) the result file.
+  // Teardown: deletes the last reader; a result file not finished is discarded.
   ~CLibrarySearcher();
 
   // Set-up: settings, mass table, batch, matcher, result file header.
   void Init(const CSearchParam& settings);
   // The whole search with its progress lines.
   void Run();
+  // Moves the complete result file into place; a file that could not be
+  // written completely ends the run with status 1 and leaves an earlier file
+  // of that name as it was.
+  void Finish();
 
   // Opens the result file (ends the program with status 1 if it can't) and
   // writes the header line.
@@ -39,7 +44,8 @@ class CLibrarySearcher {
   CQueryBatch batch;
   CSpectrumMatcher matcher;
   CSearchParam param;
-  std::ofstream resultFile;
+  CSafeOutputFile resultOutput;
+  std::ofstream& resultFile = resultOutput.Stream();
 
  private:
   // One dataset: reader, batch loop, progress lines.

@@ -21,6 +21,18 @@ void CQueryBatch::Init(const CSearchParam& param) {
   spectra.reserve(batchSize);
 }
 
+std::size_t CQueryBatch::DropDamagedPeaks(CSpectrum& spectrum) {
+  std::vector<CPeak>& peaks = spectrum.peaks;
+  const std::size_t before = peaks.size();
+  peaks.erase(std::remove_if(peaks.begin(), peaks.end(),
+                             [](const CPeak& p) {
+                               return !std::isfinite(p.mz) || !std::isfinite(p.intensity) ||
+                                      p.intensity < 0.0;
+                             }),
+              peaks.end());
+  return before - peaks.size();
+}
+
 bool CQueryBatch::IsGlycoSpectrum(const CSpectrum& spectrum) const {
   if (spectrum.peaks.empty()) return false;
   double base = spectrum.peaks[0].intensity;
@@ -43,15 +55,9 @@ void CQueryBatch::Prepare() {
 
 void CQueryBatch::PrepareSpectrum(CSpectrum& spectrum, bool highResolution) const {
   std::vector<CPeak>& peaks = spectrum.peaks;
-  // A damaged file can hold "nan", "inf" or negative intensities; such peaks
-  // would turn the sorts and norms below into nonsense, so they are dropped
-  // first. Real spectra never have them.
-  peaks.erase(std::remove_if(peaks.begin(), peaks.end(),
-                             [](const CPeak& p) {
-                               return !std::isfinite(p.mz) || !std::isfinite(p.intensity) ||
-                                      p.intensity < 0.0;
-                             }),
-              peaks.end());
+  // Damaged peaks would turn the sorts and norms below into nonsense; the
+  // search drops them on reading, this keeps a direct caller safe as well.
+  DropDamagedPeaks(spectrum);
 
   if (highResolution) spectrum.CollapsePeakClusters();
   spectrum.ExtractDiagnosticPeaks();

@@ -12,6 +12,10 @@ class CQueryBatch {
  public:
   // Copies the datasets and the batch settings; reserves the batch.
   void Init(const CSearchParam& param);
+  // Removes the peaks a damaged file can hold: an m/z or intensity that is not
+  // a finite number, or a negative intensity. Returns how many were removed.
+  // Done before the marker test, so that one "inf" can't become the base peak.
+  static std::size_t DropDamagedPeaks(CSpectrum& spectrum);
   // A raw spectrum shows a glycopeptide when a peak within the product tolerance
   // of 138.054953 exceeds 0.3 of the base peak.
   bool IsGlycoSpectrum(const CSpectrum& spectrum) const;

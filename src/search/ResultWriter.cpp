@@ -32,8 +32,7 @@ void AppendField(std::string& line, const std::string& value) {
 }  // namespace
 
 void CLibrarySearcher::WriteHeader() {
-  resultFile.open(param.output_result_filename, std::ios::out | std::ios::trunc);
-  if (!resultFile.is_open()) {
+  if (!resultOutput.Open(param.output_result_filename)) {
     std::cout << "Output search result error: failed to open file "
               << param.output_result_filename << std::endl;
     ExitProgram(1);

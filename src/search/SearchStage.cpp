@@ -9,5 +9,6 @@ void RunSearch(const CSearchParam& settings) {
   auto searcher = std::make_unique<CLibrarySearcher>();
   searcher->Init(settings);
   searcher->Run();
-  // The searcher's destructor closes the result file before the next stage.
+  // The result file is complete and in place before the next stage starts.
+  searcher->Finish();
 }

@@ -4,6 +4,8 @@
 #include <bit>
 #include <cstring>
 
+#include "run/Process.h"
+
 namespace {
 // A read after a seek fetches little (one spectrum is a few kilobytes); the
 // amount doubles while reading goes on in order, up to the buffer's size.
@@ -39,6 +41,8 @@ CLineReader::~CLineReader() { Close(); }
 
 bool CLineReader::Open(const std::string& path) {
   Close();
+  // Only a regular file: a directory can't be read, a FIFO or device may never end.
+  if (GetPathKind(path) != PathKind::File) return false;
   file = std::fopen(path.c_str(), "rb");
   if (!file) return false;
   // Our own buffer does the buffering; fread then reads straight into it.

@@ -49,10 +49,8 @@ void CMulSpecIO::Rewind() { cursor = index.begin(); }
 uint32_t CMulSpecIO::Count() { return static_cast<uint32_t>(index.size()); }
 
 void CMulSpecIO::OpenWrite(const std::string& path) {
-  if (output.is_open()) output.close();
-  output.clear();
-  output.open(path, std::ios::out | std::ios::trunc);
-  if (!output.is_open()) {
+  writeOk = outputFile.Open(path);
+  if (!writeOk) {
     std::cout << "\nCDtasIO error: failed to open Dtas file " << path << std::endl;
   }
 }
@@ -68,6 +66,11 @@ uint32_t CMulSpecIO::WriteRange(std::vector<CSpectrum>& spectra, uint32_t first,
 }
 
 void CMulSpecIO::CloseWrite() {
-  if (output.is_open()) output.close();
-  output.clear();
+  if (!outputFile.IsOpen()) return;
+  writeOk = outputFile.Commit();
+  if (!writeOk) {
+    // A write that failed on the way (a full disk) says so in the words of a
+    // file that can't be opened: either way the file is not there.
+    std::cout << "\nCDtasIO error: failed to open Dtas file " << outputFile.Path() << std::endl;
+  }
 }

@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 
+#include "run/SafeOutputFile.h"
 #include "spectrum/LineReader.h"
 #include "spectrum/SpecIO.h"
 
@@ -22,7 +23,11 @@ class CMulSpecIO : public CSpecIO {
   uint32_t Count() override;
   void OpenWrite(const std::string& path) override;
   uint32_t WriteRange(std::vector<CSpectrum>& spectra, uint32_t first, uint32_t last) override;
+  // Moves the written file into place; a file that could not be written
+  // completely leaves an earlier file of that name as it was.
   void CloseWrite() override;
+  // Whether OpenWrite succeeded and, after CloseWrite, every write did.
+  bool WriteSucceeded() const { return writeOk; }
 
   // Appends one spectrum to the output stream.
   virtual bool WriteOne(CSpectrum& spectrum) = 0;
@@ -34,7 +39,9 @@ class CMulSpecIO : public CSpecIO {
   virtual bool ParseAtCursor() = 0;
 
   CLineReader input;      // binary mode, byte offsets
-  std::ofstream output;   // text mode
+  CSafeOutputFile outputFile;
+  std::ofstream& output = outputFile.Stream();  // text mode
+  bool writeOk = false;
   std::map<std::string, std::streamoff> index;
   std::map<std::string, std::streamoff>::iterator cursor = index.end();
   std::string title;      // name last read by the indexer; a failed scan keeps it

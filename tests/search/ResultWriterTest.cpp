@@ -71,6 +71,8 @@ TEST(ResultWriter, HeaderAndOnlyLinesScoringAboveTheLimit) {
     searcher.results[2].score = -1.0;
     searcher.results[3].library = nullptr;
     searcher.WriteResults();
+    EXPECT_FALSE(testutil::FileExists(dir / "result.txt"));  // in place only when finished
+    searcher.Finish();
   }
   std::vector<std::string> lines = testutil::ReadLines(dir / "result.txt");
   ASSERT_EQ(lines.size(), 3u);

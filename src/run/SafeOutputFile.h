@@ -1,0 +1,43 @@
+#pragma once
+#include <fstream>
+#include <string>
+
+// An output file that appears under its name only when it is complete. It is
+// written to a temporary file in the target folder (so the final rename stays
+// on one file system) and moved into place by Commit. Until then an earlier
+// file of that name stays byte for byte as it was; a run that ends early, by
+// ExitProgram or by a signal, removes the temporary file.
+class CSafeOutputFile {
+ public:
+  CSafeOutputFile() = default;
+  CSafeOutputFile(const CSafeOutputFile&) = delete;
+  CSafeOutputFile& operator=(const CSafeOutputFile&) = delete;
+  ~CSafeOutputFile();  // discards what was not committed
+
+  // Creates the temporary file; false when the folder is missing or not
+  // writable, or when the path names a directory.
+  bool Open(const std::string& path, std::ios::openmode mode = std::ios::out);
+  bool IsOpen() const { return stream.is_open(); }
+  std::ofstream& Stream() { return stream; }
+  const std::string& Path() const { return target; }
+
+  // Flushes, checks that every write succeeded and renames the temporary file
+  // over the target. False (and the temporary file removed) on any failure.
+  bool Commit();
+  // Removes the temporary file; the target is left untouched.
+  void Discard();
+
+ private:
+  std::ofstream stream;
+  std::string target;
+  std::string temporary;
+  int slot = -1;  // place in the list of temporaries to remove on an early end
+};
+
+// Removes every temporary file not yet committed or discarded. Safe to call
+// from a signal handler.
+void RemovePendingTemporaries();
+
+// Removes the pending temporaries when the process is ended by SIGINT, SIGTERM,
+// SIGHUP or SIGQUIT, then ends it as that signal would have.
+void RemoveTemporariesOnSignals();

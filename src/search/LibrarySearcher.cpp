@@ -64,11 +64,13 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
       // A failed read adds nothing; a rejected spectrum leaves at once and does
       // not count towards the batch.
       if (batch.spectra.size() == before) continue;
+      ++counts.queriesRead;
       if (const std::size_t dropped = CQueryBatch::DropDamagedPeaks(batch.spectra.back())) {
         damagedPeaks += dropped;
         ++damagedSpectra;
       }
       if (!batch.IsGlycoSpectrum(batch.spectra.back())) batch.spectra.pop_back();
+      else ++counts.queriesAccepted;
     }
     batch.Prepare();
     results.clear();
@@ -76,6 +78,7 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
       candidates.clear();
       glycanLists.clear();
       library.SelectCandidates(query, candidates, glycanLists);
+      if (!candidates.empty()) ++counts.withCandidates;
       results.push_back(matcher.Match(query, candidates, glycanLists));
     }
     WriteResults();
@@ -86,6 +89,8 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
     if (batch.spectra.empty()) break;
   }
   if (damagedPeaks > 0) {
+    counts.damagedPeaks += damagedPeaks;
+    counts.damagedSpectra += damagedSpectra;
     std::cout << "\t\t[Warning]: " << damagedPeaks
               << " damaged peaks (an m/z or intensity that is not a finite number, or a "
                  "negative intensity) were dropped from "

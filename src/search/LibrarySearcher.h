@@ -7,6 +7,7 @@
 #include "run/SafeOutputFile.h"
 #include "search/GlycanLists.h"
 #include "search/QueryBatch.h"
+#include "search/SearchCounts.h"
 #include "search/SpectralLibrary.h"
 #include "search/SpectralMatch.h"
 #include "search/SpectrumMatcher.h"
@@ -44,6 +45,7 @@ class CLibrarySearcher {
   CQueryBatch batch;
   CSpectrumMatcher matcher;
   CSearchParam param;
+  CSearchCounts counts;
   CSafeOutputFile resultOutput;
   std::ofstream& resultFile = resultOutput.Stream();
 

@@ -25,6 +25,10 @@ constexpr double kMinimalReportedScore = 0.00001;
 // Numbers of the result file: fixed notation with 5 digits after the point.
 void AppendNumber(std::string& line, double value) { AppendFixed(line, value, 5); }
 
+bool IsDecoyEntry(const CSpectrum& library) {
+  return HasAffix(false, true, library.name, kDecoyPrefix);
+}
+
 void AppendField(std::string& line, const std::string& value) {
   line += value;
   line += '\t';
@@ -79,7 +83,7 @@ void CLibrarySearcher::FormatResultLine(const CSpectralMatch& match, std::string
   line += '\t';
   AppendNumber(line, match.score);
   line += '\t';
-  AppendField(line, HasAffix(false, true, l.name, kDecoyPrefix) ? "D" : "T");
+  AppendField(line, IsDecoyEntry(l) ? "D" : "T");
   AppendField(line, match.dpsIons);
   AppendField(line, match.psIons);
   AppendField(line, l.proteinAC);
@@ -94,6 +98,8 @@ void CLibrarySearcher::WriteResults() {
   for (const CSpectralMatch& match : results) {
     if (!(match.score > kMinimalReportedScore) || match.library == nullptr) continue;
     FormatResultLine(match, lineBuffer);
+    ++counts.resultLines;
+    ++(IsDecoyEntry(*match.library) ? counts.decoys : counts.targets);
     lineBuffer += '\n';
     resultFile.write(lineBuffer.data(), static_cast<std::streamsize>(lineBuffer.size()));
   }

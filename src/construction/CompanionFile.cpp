@@ -6,19 +6,9 @@
 #include "construction/IdentifiedAnalyzer.h"
 #include "run/Process.h"
 
-std::string CompanionFileName(const std::string& libraryPath) {
-  // "_libcomp" goes in front of the last point of the whole name and ".txt"
-  // replaces the rest, also when that point stands in a folder name. A name
-  // without any point has no place for the insertion: the suffix is appended.
-  const std::size_t point = libraryPath.rfind('.');
-  if (point == std::string::npos) return libraryPath + "_libcomp.txt";
-  return libraryPath.substr(0, point) + "_libcomp.txt";
-}
-
 namespace {
 [[noreturn]] void FailOnCompanion(const std::string& path) {
-  std::cout << "[Error]: The library's companion file " << path << " can't be written."
-            << std::endl;
+  std::cout << CompanionWriteError(path) << std::endl;
   ExitProgram(1);
 }
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "idlist/PeptideIdentity.h"
 #include "run/Param.h"
+#include "run/RunPaths.h"
 #include "run/SafeOutputFile.h"
 #include "spectrum/DatasetIOPool.h"
 #include "spectrum/Spectrum.h"
@@ -59,6 +60,3 @@ class CIdentifiedAnalyzer {
 // each part length-prefixed so that two different peptides never share a key.
 void MakePeptideKey(const CPeptideIdentity& peptide, std::string& key);
 
-// Name of the companion file of a library: "_libcomp.txt" in place of everything
-// from the last point of the name on ("out.quolib" -> "out_libcomp.txt").
-std::string CompanionFileName(const std::string& libraryPath);

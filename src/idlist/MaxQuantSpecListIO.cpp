@@ -1,5 +1,6 @@
 #include "idlist/MaxQuantSpecListIO.h"
 
+#include <algorithm>
 #include <cctype>
 #include <cmath>
 #include <cstdlib>
@@ -47,6 +48,7 @@ class RowFields {
       starts.push_back(at + 1);
     }
   }
+  std::size_t Count() const { return starts.size(); }
   std::string_view operator[](std::size_t index) const {
     if (index >= starts.size()) return {};
     std::size_t begin = starts[index];
@@ -132,12 +134,27 @@ void CMaxQuantSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
   const double carbamidomethylMass = massTable.Modification(kCarbamidomethyl);
   const double waterMass = massTable.Molecule("H2O");
 
+  // A row that ends before a column the reader needs has no sound reading and
+  // makes the whole file faulty; a row that only leaves off an empty last
+  // field, as MaxQuant writes them, is read with that field empty.
+  const std::size_t neededFields =
+      1 + std::max({rawFileColumn, scanColumn, sequenceColumn, chargeColumn, modifiedColumn,
+                    massColumn});
+  const std::size_t firstRecord = list.size();
+
   RowFields fields;
   std::vector<double> modificationMasses;  // in step with record.modifications
   long rows = 0;
   while (NextLine(in, line)) {
     if (line.empty()) continue;
     fields.Assign(line);
+    if (fields.Count() < neededFields && fields.Count() + 1 < heads.size()) {
+      list.resize(firstRecord);
+      Report(path, "row " + std::to_string(rows + 1) + " ends after " +
+                       std::to_string(fields.Count()) + " of its " +
+                       std::to_string(heads.size()) + " fields");
+      return;
+    }
     record.sequence.assign(fields[sequenceColumn]);
     const std::string_view chargeText = fields[chargeColumn];
     record.charge = std::atoi(std::string(chargeText).c_str());

@@ -62,7 +62,10 @@ CSafeOutputFile::~CSafeOutputFile() { Discard(); }
 bool CSafeOutputFile::Open(const std::string& path, std::ios::openmode mode) {
   Discard();
   target = path;
-  if (path.empty() || GetPathKind(path) == PathKind::Directory) return false;
+  // Only a regular file is replaced: never a directory, and never a device or
+  // FIFO that the rename would swap for a plain file.
+  const PathKind kind = GetPathKind(path);
+  if (path.empty() || (kind != PathKind::Missing && kind != PathKind::File)) return false;
   const std::size_t cut = LastSeparator(path);
   const std::string folder = cut == std::string::npos ? std::string() : path.substr(0, cut + 1);
   const std::string name = cut == std::string::npos ? path : path.substr(cut + 1);

@@ -5,6 +5,8 @@
 #include "fdr/FdrStage.h"
 #include "run/Param.h"
 #include "run/Process.h"
+#include "run/RunPaths.h"
+#include "run/SafeOutputFile.h"
 #include "run/TextLine.h"
 #include "search/SearchStage.h"
 
@@ -12,6 +14,7 @@ int main() {
   // Relative paths (the configuration, MassTable.ini, every configured path)
   // are taken from the executable's folder, whatever folder we were started in.
   EnterExecutableFolder();
+  RemoveTemporariesOnSignals();
 
   // The first line of standard input names the configuration file; a CR before
   // the newline is no part of the name. No path comes near the limit, which only
@@ -28,6 +31,7 @@ int main() {
   CParam& param = CParam::GetInstance();
   param.configure_filename = configName;
   param.Load();
+  CheckRunPaths(CollectRunPaths(param));
 
   RunConstruction(param.construction);
   RunSearch(param.search);

@@ -135,16 +135,26 @@ TEST(SearchEndToEnd, ProgressLinesOfFullEmptyAndMissingDatasets) {
 TEST(SearchEndToEnd, DamagedQueriesAndLibraryDoNotStopTheRun) {
   Installed run;
   // The hit of q1 at charges 0 and 9, a broken peak line, a block without
-  // peaks, binary noise, and a file that ends inside a block.
+  // peaks, an "inf" peak that must not become the base peak, binary noise,
+  // and a file that ends inside a block.
   const std::string hit = "138.0550 100\n200.0000 80\n1850.0000 60\n", q1 = "1250.50363823506";
   std::string queries = MgfBlock("a0", "2500.0", hit, "0") + MgfBlock("a9", "2500.0", hit, "9") +
                         MgfBlock("b", q1, "138.0550 100\n200.0 abc\nx y\n1850 60\n") +
-                        MgfBlock("c", q1, "");
+                        MgfBlock("c", q1, "") + MgfBlock("e", q1, hit + "300.0 inf\n");
   for (int i = 0; i < 300; ++i) queries += static_cast<char>((i * 131) % 256);
   WriteFile(run.dir / "bad.mgf", queries + "\nBEGIN IONS\nTITLE=d\nPEPMASS=1250.5\n138.0 100\n200");
   WriteFile(run.dir / "lib.quolib", kLibrary + "ID=3\nSpectrumName=cut\nPeaks=9\n1.0 x");
   auto result = run.Start({run.dir / "bad.mgf"}, run.dir / "result.txt");
   ASSERT_EQ(result.exitCode, 0) << result.output;
-  for (const std::string& line : testutil::ReadLines(run.dir / "result.txt"))
+  EXPECT_NE(result.output.find("\t\t[Warning]: 1 damaged peaks (an m/z or intensity that is not a "
+                               "finite number, or a negative intensity) were dropped from 1 "
+                               "spectra.\n    --- Complete!"),
+            std::string::npos)
+      << result.output;
+  bool damagedHit = false;
+  for (const std::string& line : testutil::ReadLines(run.dir / "result.txt")) {
     EXPECT_EQ(std::count(line.begin(), line.end(), '\t'), 27) << line;
+    damagedHit = damagedHit || line.rfind("e\t1\t", 0) == 0;
+  }
+  EXPECT_TRUE(damagedHit);
 }

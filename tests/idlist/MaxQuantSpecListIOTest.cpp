@@ -101,13 +101,20 @@ TEST_F(MaxQuantReader, NamesPositionsCysteinesAndLabels) {
 
 TEST_F(MaxQuantReader, CodesShortRowsProgressAndFaults) {
   // The first head of a code stays; the heading may carry a byte-order mark; a
-  // row that ends before a column reads it as empty; progress every 200 rows.
-  std::string text = "\xEF\xBB\xBFRaw file\tScan number\tSequence\tModified sequence\t"
-                     "Deamidation (N)\tDeep (N)\tProteins\tCharge\tMass\n"
-                     "R\t1\tAANGTK\t_AAN(de)GTK_\n";
-  for (int i = 0; i < 399; ++i) text += "R\t2\tAAAK\t_AAAK_\t\t\tP\t2\t100\n";
-  EXPECT_EQ(Read(text, out), (Lines{"R.1.1. 0 AAJGTK 3,Deamidation[N]; 3NXT"}));
+  // row that leaves off its empty last field reads it as empty; progress every
+  // 200 rows.
+  const std::string heading = "\xEF\xBB\xBFRaw file\tScan number\tSequence\tModified sequence\t"
+                              "Deamidation (N)\tDeep (N)\tProteins\tCharge\tMass\n";
+  std::string rows;
+  for (int i = 0; i < 399; ++i) rows += "R\t2\tAAAK\t_AAAK_\t\t\tP\t2\t100\n";
+  EXPECT_EQ(Read(heading + "R\t1\tAANGTK\t_AAN(de)GTK_\t\t\tP\t3\n" + rows, out),
+            (Lines{"R.1.1.3 3 AAJGTK 3,Deamidation[N]; 3NXT"}));
   EXPECT_EQ(out, "\t\t200\n\t\t400\n");
+  // A row that ends before a column the reader needs makes the file faulty:
+  // none of its rows is kept.
+  EXPECT_TRUE(Read(heading + rows + "R\t1\tAANGTK\t_AAN(de)GTK_\n", out).empty());
+  EXPECT_EQ(out, "\t\t200\n[Warning]: \"LIST\" is not a readable MaxQuant table: row 400 ends "
+                 "after 4 of its 9 fields; the file is skipped.\n");
   // Columns that the heading lacks read the first column.
   EXPECT_EQ(Read("Sequence\tModified sequence\tDeamidation (N)\tProteins\nAANGTK\t_AAN(de)GTK_\n",
                  out),

@@ -1,0 +1,41 @@
+#pragma once
+#include <string>
+#include <vector>
+
+#include "run/Param.h"
+
+// A path the run reads or writes, with the words that tell the user which
+// setting names it.
+struct CNamedPath {
+  std::string path;
+  std::string what;               // e.g. "query_dataset_pathname_1" in section "search"
+  bool dtaDataset = false;        // a folder of .dta files is read whole
+  std::string cantWrite;          // for an output: the message when it can't be written
+};
+
+// Every file a run of the loaded settings reads and writes.
+struct CRunPaths {
+  std::vector<CNamedPath> inputs;
+  std::vector<CNamedPath> outputs;
+};
+
+CRunPaths CollectRunPaths(const CParam& param);
+
+// Name of the companion file of a library: "_libcomp.txt" in place of everything
+// from the last point of the name on ("out.quolib" -> "out_libcomp.txt").
+std::string CompanionFileName(const std::string& libraryPath);
+
+// The message of a companion file that can't be written.
+std::string CompanionWriteError(const std::string& path);
+
+// Whether two paths name the same file as the system sees it: the same device
+// and inode when both exist, else the same path once ".", ".." and links are
+// resolved.
+bool SameFile(const std::string& a, const std::string& b);
+
+// Refuses, before any file is opened, a run that would write over one of its
+// own inputs or write two outputs to one file, an output that can't be
+// written (no such folder, a folder without write access, a directory in its
+// place), and inputs that are devices, FIFOs or sockets. Prints what is
+// wrong, naming the settings, and ends the program with status 1.
+void CheckRunPaths(const CRunPaths& paths);

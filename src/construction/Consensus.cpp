@@ -16,10 +16,10 @@ bool CIdentifiedAnalyzer::BuildConsensus(const CIdentifiedPeptide& peptide) {
   spectra.clear();
   if (pool) {
     for (const CSpectrumRef& ref : peptide.spectra) {
-      if (ref.datasetIndex < 0 || static_cast<std::size_t>(ref.datasetIndex) >= pool->ios.size())
-        continue;
-      CSpecIO* io = pool->ios[static_cast<std::size_t>(ref.datasetIndex)].get();
-      if (io) io->ReadByName(ref.spectrumName, spectra);
+      CSpecIO* io = nullptr;
+      if (ref.datasetIndex >= 0 && static_cast<std::size_t>(ref.datasetIndex) < pool->ios.size())
+        io = pool->ios[static_cast<std::size_t>(ref.datasetIndex)].get();
+      if (!io || !io->ReadByName(ref.spectrumName, spectra)) ++spectraNotFound;
     }
   }
   if (spectra.empty()) return false;

@@ -2,9 +2,10 @@
 
 #include "construction/LibraryBuilder.h"
 
-void RunConstruction(const CConstructionParam& settings) {
-  if (!settings.enabled) return;
+CConstructionCounts RunConstruction(const CConstructionParam& settings) {
+  if (!settings.enabled) return {};
   CLibraryBuilder builder;
   builder.param = settings;
   builder.Construct();
+  return builder.counts;
 }

@@ -1,5 +1,7 @@
 #pragma once
+#include "construction/ConstructionCounts.h"
 #include "run/Param.h"
 
 // Entry of the library construction stage; does nothing when disabled.
-void RunConstruction(const CConstructionParam& settings);
+// Returns what it saw.
+CConstructionCounts RunConstruction(const CConstructionParam& settings);

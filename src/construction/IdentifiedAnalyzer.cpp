@@ -38,12 +38,20 @@ void CIdentifiedAnalyzer::LoadIdentified() {
       ExitProgram(1);
     }
     reader->Init(file);
-    if (reader->format == 1 || file.format == 1) {
-      if (auto* pepXml = dynamic_cast<CPepXmlSpecListIO*>(reader.get())) {
-        pepXml->massTablePath = param.mass_table_filename;
-      }
+    auto* pepXml = dynamic_cast<CPepXmlSpecListIO*>(reader.get());
+    if (pepXml) {
+      pepXml->massTablePath = param.mass_table_filename;
+      pepXml->massTableUpdatePath = param.mass_table_update_filename;
     }
     reader->Read(identified);
+    // A table updated into a file of its own is the table of the rest of the
+    // run: of the later lists and of the search.
+    if (pepXml && pepXml->massTableWritten && !param.mass_table_update_filename.empty()) {
+      param.mass_table_filename = param.mass_table_update_filename;
+      CParam& global = CParam::GetInstance();
+      global.construction.mass_table_filename = param.mass_table_update_filename;
+      global.search.mass_table_filename = param.mass_table_update_filename;
+    }
   }
 
   std::vector<std::string> prefixes;

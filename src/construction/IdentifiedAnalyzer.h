@@ -44,6 +44,7 @@ class CIdentifiedAnalyzer {
   std::vector<CIdentifiedPeptide> peptides;
   CIdentifiedPeptide current;
   std::vector<CSpectrum> spectra;
+  uint64_t spectraNotFound = 0;  // spectra of the peptides that could not be read
 
  private:
   CSafeOutputFile companion;

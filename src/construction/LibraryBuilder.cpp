@@ -7,6 +7,7 @@
 #include "molecule/MassTable.h"
 #include "run/Motif.h"
 #include "run/Process.h"
+#include "run/Progress.h"
 
 namespace {
 
@@ -39,7 +40,9 @@ void CLibraryBuilder::Construct() {
   // instead of building into nothing.
   if (!library.WriteSucceeded()) ExitProgram(1);
 
+  ListCounts() = CListCounts();
   analyzer.LoadIdentified();
+  counts.records = ListCounts();
   analyzer.SplitMultiSite();
   const std::size_t n = analyzer.peptides.size();
   analyzer.WriteComposition(n);
@@ -59,9 +62,13 @@ void CLibraryBuilder::Construct() {
     library.WriteOne(target);
     decoy.SortPeaksByMz();
     library.WriteOne(decoy);
+    counts.entriesWritten += 2;
     if (i % kProgressStep == 0) std::cout << "\t\t" << i << " / " << n << std::endl;
+    if (HasProgressSink()) ReportProgress("Building library entries", i, n);
   }
 
+  counts.peptides = n;
+  counts.spectraNotFound = analyzer.spectraNotFound;
   analyzer.spectra.clear();
   analyzer.ClosePool();
   library.CloseWrite();

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "construction/ConstructionCounts.h"
 #include "construction/IdentifiedAnalyzer.h"
 #include "molecule/PeptideCalculator.h"
 #include "run/Param.h"
@@ -28,6 +29,7 @@ class CLibraryBuilder {
   CIdentifiedAnalyzer analyzer;
   CPeptideCalculator calculator;
   CQuolibIO library;
+  CConstructionCounts counts;
 
  private:
   // Carries annotated peaks to the decoy's fragments and their satellites along.

@@ -81,6 +81,9 @@ bool HigherScore(const CFdrRecord& a, const CFdrRecord& b) {
   return a.score > b.score;
 }
 
+// Columns of a search result line; a ranked line has one more.
+constexpr long kResultColumns = 27;
+
 bool LowerFdr(const CFdrRecord& a, const CFdrRecord& b) { return a.fdr < b.fdr; }
 
 double ForwardEstimate(double decoys, double targets, int32_t formula) {
@@ -109,11 +112,13 @@ void CFdrEstimator::Estimate() {
   std::cout << "    ---- Complete!" << std::endl << std::endl;
 }
 
-void CFdrEstimator::Load() {
+void CFdrEstimator::Load() { LoadFile(inputPath, false); }
+
+void CFdrEstimator::LoadFile(const std::string& path, bool cutFormerFdr) {
   // Only a regular file is a result file: a directory can't be read, a device never ends.
-  if (GetPathKind(inputPath) != PathKind::File) FailOnResultFile(inputPath);
-  FilePtr file(std::fopen(inputPath.c_str(), "rb"));
-  if (!file) FailOnResultFile(inputPath);
+  if (GetPathKind(path) != PathKind::File) FailOnResultFile(path);
+  FilePtr file(std::fopen(path.c_str(), "rb"));
+  if (!file) FailOnResultFile(path);
   bool header = true;
   ForEachLine(file.get(), [&](const char* text, std::size_t length) {
     if (header) {
@@ -121,6 +126,11 @@ void CFdrEstimator::Load() {
       return;
     }
     if (length < kMinimalDataLine) return;
+    // A ranked line has 28 columns: its former estimate goes, to be made anew.
+    if (cutFormerFdr && std::count(text, text + length, '\t') == kResultColumns) {
+      while (text[length - 1] != '\t') --length;
+      --length;
+    }
     CFdrRecord& record = records.emplace_back();
     record.line.assign(text, length);
     CResultLineFields fields = ScanResultLine(record.line);
@@ -129,6 +139,17 @@ void CFdrEstimator::Load() {
     record.score = fields.score;
     record.isDecoy = fields.hitKind == 'D';
   });
+}
+
+CFdrCounts CFdrEstimator::Counts() const {
+  CFdrCounts counts;
+  for (const CFdrRecord& record : records) {
+    ++(record.isDecoy ? counts.decoys : counts.targets);
+    if (record.isDecoy) continue;
+    if (record.fdr <= 0.01) ++counts.targetsAt1;
+    if (record.fdr <= 0.05) ++counts.targetsAt5;
+  }
+  return counts;
 }
 
 void CFdrEstimator::Rank() {

@@ -14,6 +14,14 @@ struct CFdrRecord {
   int32_t charge = 0;      // column 5
 };
 
+// What the ranking found, for the run summary.
+struct CFdrCounts {
+  uint64_t targets = 0;
+  uint64_t decoys = 0;
+  uint64_t targetsAt1 = 0;  // target lines at FDR <= 0.01
+  uint64_t targetsAt5 = 0;  // target lines at FDR <= 0.05
+};
+
 // Ranks the lines of a result file by score and gives each a false discovery
 // rate from the running counts of target and decoy hits.
 class CFdrEstimator {
@@ -28,10 +36,15 @@ class CFdrEstimator {
   // Reads inputPath into records; ends the program with status 1 when the file
   // can't be opened.
   void Load();
+  // Appends the lines of one result file; with cutFormerFdr a line of 28
+  // columns (an earlier ranking) loses its last one.
+  void LoadFile(const std::string& path, bool cutFormerFdr);
   // Sorts by descending score, runs both passes, orders by ascending FDR.
   void Rank();
   // Writes the 28-column file; ends the program with status 1 on failure.
   void Write() const;
+  // Counts of the ranked records.
+  CFdrCounts Counts() const;
 
   // Forward pass over the records in their present order: running counts T of
   // targets and D of decoys; formula 1 gives D/T while T > D and 1 otherwise,

@@ -6,8 +6,8 @@
 #include "fdr/FdrEstimator.h"
 #include "run/Process.h"
 
-void RunFdr(const CSearchParam& settings) {
-  if (!settings.enabled) return;
+CFdrCounts RunFdr(const CSearchParam& settings) {
+  if (!settings.enabled) return {};
   const std::string& resultPath = settings.output_result_filename;
   // The search's lines move to the temporary file and are written back ranked;
   // if the run ends in between, they are still there.
@@ -20,4 +20,5 @@ void RunFdr(const CSearchParam& settings) {
   CFdrEstimator estimator(tmpPath, resultPath, 1);
   estimator.Estimate();
   std::remove(tmpPath.c_str());
+  return estimator.Counts();
 }

@@ -1,5 +1,7 @@
 #pragma once
+#include "fdr/FdrEstimator.h"
 #include "run/Param.h"
 
 // Entry of the FDR stage: ranks the result file of the search in place.
-void RunFdr(const CSearchParam& settings);
+// Returns what the ranking found.
+CFdrCounts RunFdr(const CSearchParam& settings);

@@ -4,6 +4,7 @@
 #include <climits>
 #include <iostream>
 
+#include "run/InputFailures.h"
 #include "run/Process.h"
 
 bool OpenListFile(const std::string& path, std::ifstream& in) {
@@ -11,6 +12,7 @@ bool OpenListFile(const std::string& path, std::ifstream& in) {
   if (GetPathKind(path) == PathKind::File) in.open(path, std::ios::binary);
   if (!in.is_open()) {
     std::cout << "Error when opening \"" << path << "\"." << std::endl;
+    NoteInputFailure();
     return false;
   }
   static const char kMark[3] = {'\xEF', '\xBB', '\xBF'};

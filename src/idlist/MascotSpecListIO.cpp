@@ -5,6 +5,7 @@
 #include <map>
 
 #include "idlist/ListFile.h"
+#include "run/InputFailures.h"
 #include "run/TextLine.h"
 
 void ReplaceAll(std::string& text, const std::string& from, const std::string& to) {
@@ -71,6 +72,7 @@ constexpr const char* kPositionColumn = "pep_var_mod_pos";
 void ReportMissing(const std::string& path, const std::string& what) {
   std::cout << "[Error]: The Mascot list \"" << path << "\" has no line with \"" << what
             << "\"! No result is read from it.\n";
+  NoteInputFailure();
 }
 
 // Lines re-saved by a spreadsheet come wrapped in quotes ("2,Deamidated (N),...").
@@ -122,6 +124,7 @@ void CMascotSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
   if (!ReadLine(in, line) || !ReadLine(in, heading)) {
     std::cout << "[Error]: The Mascot list \"" << path
               << "\" has no heading row! The file is faulty and is skipped!\n";
+    NoteInputFailure();
     return;
   }
   std::map<std::string, std::size_t> columns;
@@ -134,6 +137,7 @@ void CMascotSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
     if (found == columns.end()) {
       std::cout << "[Error]: The heading row of the Mascot list \"" << path
                 << "\" has no column " << names3[c] << "! The file is faulty and is skipped!\n";
+      NoteInputFailure();
       return;
     }
     index[c] = found->second;

@@ -9,6 +9,8 @@
 #include <map>
 #include <string_view>
 
+#include "idlist/ListCounts.h"
+#include "run/InputFailures.h"
 #include "run/Process.h"
 #include "run/StringUtil.h"
 
@@ -71,6 +73,7 @@ struct CodeEntry {
 void Report(const std::string& path, const std::string& problem) {
   std::cout << "[Warning]: \"" << path << "\" is not a readable MaxQuant table: " << problem
             << "; the file is skipped." << std::endl;
+  NoteInputFailure();
 }
 
 }  // namespace
@@ -80,6 +83,7 @@ void CMaxQuantSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
   if (GetPathKind(path) == PathKind::File) in.open(path, std::ios::binary);
   if (!in.is_open()) {
     std::cout << "Error when opening \"" << path << "\"." << std::endl;
+    NoteInputFailure();
     return;
   }
 
@@ -149,6 +153,7 @@ void CMaxQuantSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
     if (line.empty()) continue;
     fields.Assign(line);
     if (fields.Count() < neededFields && fields.Count() + 1 < heads.size()) {
+      ListCounts().kept -= list.size() - firstRecord;
       list.resize(firstRecord);
       Report(path, "row " + std::to_string(rows + 1) + " ends after " +
                        std::to_string(fields.Count()) + " of its " +

@@ -5,8 +5,10 @@
 #include <iostream>
 #include <sstream>
 
+#include "idlist/ListCounts.h"
 #include "idlist/XmlDocument.h"
 #include "molecule/MassTable.h"
+#include "run/InputFailures.h"
 
 std::string MakePepXmlModName(const std::string& residue, const std::string& massText) {
   return residue + "[" + massText.substr(0, massText.find('.')) + "]";
@@ -69,7 +71,9 @@ void CPepXmlSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
     tableFile.Load(table);
     UpdateMassTable(Require(runSummary.GetChild("search_summary", 0), "search_summary"), table);
     // Written back on every read, changed or not.
+    if (!massTableUpdatePath.empty()) tableFile.filename = massTableUpdatePath;
     tableFile.Save(table);
+    massTableWritten = true;
 
     std::cout << '\t' << runSummary.CountChildren("spectrum_query")
               << " query spectra identified." << std::endl;
@@ -87,7 +91,11 @@ void CPepXmlSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
       CXmlElement* prophet = analysis->GetChild("peptideprophet_result", 0);
       if (!prophet) continue;
       const double probability = std::atof(prophet->AttributeValue("probability").c_str());
-      if (probability < probability_threshold) continue;
+      if (probability < probability_threshold) {
+        ++ListCounts().read;
+        ++ListCounts().belowProbability;
+        continue;
+      }
 
       record.spectrumName = query.AttributeValue("spectrum");
       record.sequence = hit->AttributeValue("peptide");
@@ -113,8 +121,12 @@ void CPepXmlSpecListIO::Read(std::vector<CIdentifiedSpectrum>& list) {
   } catch (const CXmlException& error) {
     // A faulty file gives no records: those of its queries read before the
     // fault are taken out again.
-    if (list.size() > sizeBefore) list.resize(sizeBefore);
+    if (list.size() > sizeBefore) {
+      ListCounts().kept -= list.size() - sizeBefore;
+      list.resize(sizeBefore);
+    }
     std::cout << error.message << std::endl;
+    NoteInputFailure();
     return;
   }
   // The threshold in the default stream format, whatever flags other code has

@@ -9,7 +9,9 @@ class CPepXmlSpecListIO : public CSpecListIO {
   void Read(std::vector<CIdentifiedSpectrum>& list) override;
 
   double probability_threshold = 0.0;
-  std::string massTablePath;  // set by the caller before Read
+  std::string massTablePath;        // set by the caller before Read
+  std::string massTableUpdatePath;  // where the updated table goes; empty: massTablePath
+  bool massTableWritten = false;    // set by Read once the table was written
 };
 
 // "N" + "115.02" -> "N[115]": the mass text is cut at its point, nothing rounded.

@@ -2,6 +2,7 @@
 
 #include <regex>
 
+#include "idlist/ListCounts.h"
 #include "run/Motif.h"
 
 void NormalizeParenMods(std::string& text) {
@@ -69,6 +70,18 @@ void FindMotifCandidates(const std::string& motifRegex, const std::string& lette
 
 }  // namespace
 
+bool CarriesSiteMark(const CIdentifiedSpectrum& record, const std::string& removed) {
+  const int n = static_cast<int>(record.sequence.size());
+  for (const CModification& mod : record.modifications)
+    if (mod.position >= 1 && mod.position <= n && mod.name == removed) return true;
+  return false;
+}
+
+CListCounts& ListCounts() {
+  static CListCounts counts;
+  return counts;
+}
+
 bool MarkGlycosites(CIdentifiedSpectrum& record, const std::string& residuesAfter) {
   record.motifs.clear();
   const CConstructionParam& param = CParam::GetInstance().construction;
@@ -81,10 +94,7 @@ bool MarkGlycosites(CIdentifiedSpectrum& record, const std::string& residuesAfte
 
   // Only a residue carrying the removed modification can become a site: most
   // records have none, and need no motif search.
-  bool carriesMark = false;
-  for (const CModification& mod : record.modifications)
-    if (mod.position >= 1 && mod.position <= n && mod.name == removed) carriesMark = true;
-  if (!carriesMark) return false;
+  if (!CarriesSiteMark(record, removed)) return false;
 
   const std::string motifRegex = param.GetMotifRegex();
   const std::string letters = MotifAcceptorLetters(motifRegex);
@@ -131,5 +141,14 @@ bool MarkGlycosites(CIdentifiedSpectrum& record, const std::string& residuesAfte
 
 void AddIdentified(std::vector<CIdentifiedSpectrum>& list, CIdentifiedSpectrum& record,
                    const std::string& residuesAfter) {
-  if (MarkGlycosites(record, residuesAfter)) list.push_back(record);
+  CListCounts& counts = ListCounts();
+  ++counts.read;
+  if (MarkGlycosites(record, residuesAfter)) {
+    list.push_back(record);
+    ++counts.kept;
+  } else if (CarriesSiteMark(record, CParam::GetInstance().construction.modification_remove)) {
+    ++counts.notOnSequon;
+  } else {
+    ++counts.noMark;
+  }
 }

@@ -27,6 +27,9 @@ CSpecListIO* CreateSpecListIO(int32_t format);
 // "null" -> "-"; "<pos>,<anything>(<name>);" -> "<pos>,<name>;".
 void NormalizeParenMods(std::string& text);
 
+// Whether a residue of the peptide carries the mark `removed`.
+bool CarriesSiteMark(const CIdentifiedSpectrum& record, const std::string& removed);
+
 // Marks the sequon asparagines that carry modification_remove as J and records
 // the sites; false if none. `residuesAfter` is "00" when unknown.
 bool MarkGlycosites(CIdentifiedSpectrum& record, const std::string& residuesAfter);

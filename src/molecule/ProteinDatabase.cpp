@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <iostream>
 
+#include "run/InputFailures.h"
 #include "run/Process.h"
 #include "run/TextLine.h"
 
@@ -55,6 +56,7 @@ bool CProteinDatabase::Load() {
   if (GetPathKind(path) == PathKind::File) stream.open(path, std::ios::binary);
   if (!stream.is_open()) {
     std::cout << "Can't find fasta file!\n";
+    NoteInputFailure();
     std::cout << "Can not open Fasta file!\n";
     return false;
   }

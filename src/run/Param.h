@@ -30,6 +30,8 @@ struct CConstructionParam {
   int32_t library_source_kind = 0;
   std::string output_speclib_filename;
   std::string mass_table_filename = kMassTableFilename;
+  // Where a pepXML list writes the table it updated; empty: over the table read.
+  std::string mass_table_update_filename;
   std::string modification_remove;
   std::vector<CDatasetFile> library_datasets;
   std::vector<CIdentificationFile> identification_files;
@@ -62,6 +64,7 @@ struct CSearchParam {
   int32_t spectra_per_batch = 100;
   double query_product_ion_tolerance = 0.0;
   double query_precursor_ion_tolerance = 0.0;
+  std::string mass_table_filename = kMassTableFilename;  // no key
 };
 
 // A tolerance in Da at the given m/z: unit 0 (Da) the value itself, unit 1 (ppm)
@@ -85,6 +88,10 @@ class CParam {
   CSearchParam search;
   std::string configure_filename;
   CConfigFile config;
+  // Set by the command-line interface: a faulty key is explained (what was
+  // expected, what was found) and numbers must be numbers. The classic
+  // interface keeps its one-line messages and reads numbers leniently.
+  bool explainFaults = false;
 
   // Tolerances in Da at a given m/z, from the loaded settings.
   double LibraryProductTolerance(double mz) const {

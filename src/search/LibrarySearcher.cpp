@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "run/Process.h"
+#include "run/Progress.h"
 
 CLibrarySearcher::~CLibrarySearcher() {
   delete batch.reader;
@@ -21,7 +22,7 @@ void CLibrarySearcher::Finish() {
 
 void CLibrarySearcher::Init(const CSearchParam& settings) {
   param = settings;
-  library.Init(param.input_speclib_filename);
+  library.Init(param.input_speclib_filename, param.mass_table_filename);
   batch.Init(param);
   matcher.Init(512);
   WriteHeader();
@@ -54,6 +55,8 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
     total = batch.reader->Count();
   }
   uint32_t kept = 0;
+  const uint64_t readBefore = counts.queriesRead;
+  const std::string task = "Searching " + dataset.pathname;
   std::size_t damagedPeaks = 0;
   std::size_t damagedSpectra = 0;
   for (;;) {
@@ -84,6 +87,7 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
     WriteResults();
     kept += static_cast<uint32_t>(batch.spectra.size());
     std::cout << "\t\tSpectra: " << kept << "/" << total << std::endl;
+    if (HasProgressSink()) ReportProgress(task, counts.queriesRead - readBefore, total);
     // The empty batch that ends a dataset goes through every step above, so
     // the last progress line repeats the one before it.
     if (batch.spectra.empty()) break;

@@ -6,14 +6,14 @@
 
 #include "run/Param.h"
 
-void CSpectralLibrary::Init(const std::string& pathname) {
+void CSpectralLibrary::Init(const std::string& pathname, const std::string& massTablePath) {
   file.pathname = pathname;
   file.format = 0;
   minMz = 0.0;
   maxMz = 2500.0;
   maxCharge = 8;
   CMassTableFile tableFile;
-  tableFile.filename = kMassTableFilename;
+  tableFile.filename = massTablePath;
   tableFile.Load(massTable);
   // The loader sorts too; sorting a sorted table again could only shuffle ties.
   if (!std::is_sorted(massTable.glycans.begin(), massTable.glycans.end(),

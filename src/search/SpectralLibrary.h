@@ -20,8 +20,8 @@ struct CLibraryIndexEntry {
 // index per precursor charge and the glycan table.
 class CSpectralLibrary {
  public:
-  // Sets the members, reads "MassTable.ini" and sorts its glycan table.
-  void Init(const std::string& pathname);
+  // Sets the members, reads the mass table and sorts its glycan table.
+  void Init(const std::string& pathname, const std::string& massTablePath = kMassTableFilename);
   // Reads and prepares every spectrum, builds massIndex.
   void Load();
   // Builds massIndex (and the look-up aids of SelectCandidates and matching)

@@ -3,6 +3,7 @@
 
 #include <iostream>
 
+#include "run/InputFailures.h"
 #include "run/Process.h"
 #include "run/StringUtil.h"
 #include "spectrum/ScanFormat.h"
@@ -64,6 +65,7 @@ bool CDtaIO::ReadByName(const std::string& name, std::vector<CSpectrum>& out) {
   // A directory entry named like a DTA file is no file to read.
   if (GetPathKind(full) != PathKind::File || !input.Open(full)) {
     std::cout << "\nCDtaIO error: failed to open dta file " << full << std::endl;
+    NoteInputFailure();
     return false;
   }
   const std::size_t separator = LastSeparator(name);

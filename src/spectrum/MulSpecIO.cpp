@@ -3,9 +3,12 @@
 
 #include <iostream>
 
+#include "run/InputFailures.h"
+
 void CMulSpecIO::OpenRead(const std::string& path) {
   if (!input.Open(path)) {
     std::cout << "\nCMulSpecIO error: failed to open spec file " << path << std::endl;
+    NoteInputFailure();
   }
   // A file that did not open reads as empty: the index stays empty, every
   // read finds nothing, and the run goes on with the other datasets.

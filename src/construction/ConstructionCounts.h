@@ -1,0 +1,12 @@
+#pragma once
+#include <cstdint>
+
+#include "idlist/ListCounts.h"
+
+// What the construction stage saw, for the run summary.
+struct CConstructionCounts {
+  CListCounts records;             // identification records read, kept, dropped
+  uint64_t spectraNotFound = 0;    // kept records whose spectrum could not be read
+  uint64_t peptides = 0;           // library peptides (one site each)
+  uint64_t entriesWritten = 0;     // library entries, targets and decoys
+};

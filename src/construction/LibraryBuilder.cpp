@@ -29,7 +29,7 @@ void CopyPeptideFields(const CIdentifiedPeptide& peptide, CSpectrum& target) {
 
 void CLibraryBuilder::Construct() {
   std::cout << std::endl << ">> Constructing:" << std::endl;
-  SleepMilliseconds(1000);
+  if (param.pauseAtStart) SleepMilliseconds(1000);
 
   analyzer.Init(param);
   CMassTableFile tableFile;

@@ -33,6 +33,7 @@ struct CConstructionParam {
   // Where a pepXML list writes the table it updated; empty: over the table read.
   std::string mass_table_update_filename;
   std::string modification_remove;
+  bool pauseAtStart = true;  // no key: the classic stage waits a second before it starts
   std::vector<CDatasetFile> library_datasets;
   std::vector<CIdentificationFile> identification_files;
   double theta = 0.0;
@@ -65,6 +66,7 @@ struct CSearchParam {
   double query_product_ion_tolerance = 0.0;
   double query_precursor_ion_tolerance = 0.0;
   std::string mass_table_filename = kMassTableFilename;  // no key
+  uint32_t threads = 0;  // no key: 0 all hardware threads, else that many
 };
 
 // A tolerance in Da at the given m/z: unit 0 (Da) the value itself, unit 1 (ppm)

@@ -6,6 +6,7 @@
 #include <iostream>
 #include <string>
 
+#include "run/ConfigKeys.h"
 #include "run/Param.h"
 #include "run/Process.h"
 #include "run/StringUtil.h"
@@ -23,11 +24,18 @@ constexpr int kMaxReservedEntries = 4096;
 // Reads the keys of one section and reports the first fault.
 class CSectionReader {
  public:
-  CSectionReader(CConfigFile& config, const char* section) : config_(config), section_(section) {}
+  CSectionReader(CConfigFile& config, const char* section, bool explain)
+      : config_(config), section_(section), explain_(explain) {}
 
   [[noreturn]] void Fault(const std::string& key) const {
     std::cout << "Missing or invalid parameter \"" << key << "\" in section \"" << section_
               << "\"." << std::endl;
+    if (explain_) {
+      const std::string value = config_.Get(section_, key);
+      const CConfigKey* known = FindConfigKey(section_, key);
+      std::cout << "\texpected: " << (known ? known->help : "a value") << "; found "
+                << (value.empty() ? std::string("nothing") : "\"" + value + "\"") << std::endl;
+    }
     ExitProgram(1);
   }
 
@@ -47,26 +55,39 @@ class CSectionReader {
     return value;
   }
 
+  // A required number. Read as atof and atoi read it; when faults are
+  // explained, text that is not a number is one.
+  double Number(const std::string& key) {
+    std::string value = Required(key);
+    if (explain_ && !IsNumberText(value, false)) Fault(key);
+    return std::atof(value.c_str());
+  }
+  int Integer(const std::string& key) {
+    std::string value = Required(key);
+    if (explain_ && !IsNumberText(value, true)) Fault(key);
+    return std::atoi(value.c_str());
+  }
+
   // The on/off key that opens a section: only the word "no" switches it off.
   bool Enabled(const std::string& key) { return FoldedValue(key) != "no"; }
 
   // A required count of indexed keys, 0 or more.
   int Count(const std::string& key) {
-    int count = std::atoi(Required(key).c_str());
+    int count = Integer(key);
     if (count < 0) Fault(key);
     return count;
   }
 
   // A required number from lower to upper, both included.
   double InRange(const std::string& key, double lower, double upper) {
-    double value = std::atof(Required(key).c_str());
+    double value = Number(key);
     if (value < lower || value > upper) Fault(key);
     return value;
   }
 
   // A required tolerance: as Da at m/z 1.0 it must not be negative.
   double Tolerance(const std::string& key, int32_t unit) {
-    double value = std::atof(Required(key).c_str());
+    double value = Number(key);
     if (ToleranceInDa(value, unit, 1.0) < 0.0) Fault(key);
     return value;
   }
@@ -110,6 +131,7 @@ class CSectionReader {
  private:
   CConfigFile& config_;
   const char* section_;
+  bool explain_;
 };
 
 constexpr int kPepXmlFormat = 1;
@@ -137,8 +159,8 @@ void LoadDatasets(CSectionReader& reader, const std::string& stem,
   });
 }
 
-void LoadConstruction(CConfigFile& config, CConstructionParam& construction) {
-  CSectionReader reader(config, kConstructionSection);
+void LoadConstruction(CConfigFile& config, CConstructionParam& construction, bool explain) {
+  CSectionReader reader(config, kConstructionSection, explain);
   construction.enabled = reader.Enabled("construction");
   if (!construction.enabled) return;
   construction.library_source_kind = 0;
@@ -151,13 +173,13 @@ void LoadConstruction(CConfigFile& config, CConstructionParam& construction) {
   construction.theta = reader.InRange("theta", 0.0, 1.0);
   construction.output_speclib_filename = reader.Required("output_speclib_filename");
   construction.ParseAddedYIons(reader.Required("added_Y_ions"));
-  construction.Y_ion_relative_intensity = std::atof(reader.Required("Y_ion_relative_intensity").c_str());
+  construction.Y_ion_relative_intensity = reader.Number("Y_ion_relative_intensity");
   construction.ParseNGlycanMotifs(reader.Required("N_glycan_motifs"));
   construction.protein_database = reader.Required("protein_database");
 }
 
-void LoadSearch(CConfigFile& config, CSearchParam& search) {
-  CSectionReader reader(config, kSearchSection);
+void LoadSearch(CConfigFile& config, CSearchParam& search, bool explain) {
+  CSectionReader reader(config, kSearchSection, explain);
   search.enabled = reader.Enabled("search");
   if (!search.enabled) return;
   search.input_speclib_filename = reader.Required("input_speclib_filename");
@@ -171,7 +193,7 @@ void LoadSearch(CConfigFile& config, CSearchParam& search) {
   search.query_product_ion_tolerance =
       reader.Tolerance("query_product_ion_tolerance", search.query_product_ion_unit);
   search.output_result_filename = reader.Required("output_result_filename");
-  search.minimal_peptide_ions = std::atoi(reader.Required("minimal_peptide_ions").c_str());
+  search.minimal_peptide_ions = reader.Integer("minimal_peptide_ions");
 }
 
 }  // namespace
@@ -182,6 +204,6 @@ void CParam::Load() {
   construction = CConstructionParam();
   search = CSearchParam();
   config.Read(configure_filename);
-  LoadConstruction(config, construction);
-  LoadSearch(config, search);
+  LoadConstruction(config, construction, explainFaults);
+  LoadSearch(config, search, explainFaults);
 }

@@ -35,18 +35,24 @@ void EnterExecutableFolder() {
     }
     ExitProgram(-1);
   }
-  char exe[4096];
-  ssize_t length = ::readlink("/proc/self/exe", exe, sizeof exe - 1);
-  if (length <= 0) {
+  const std::string folder = ExecutableFolder();
+  if (folder.empty()) {
     std::cout << "SetCurrentDirectory failed (" << errno << ")\n";
     ExitProgram(-1);
   }
-  std::string folder(exe, static_cast<std::size_t>(length));
-  folder.erase(folder.rfind('/') + 1);  // keep the trailing separator
   if (::chdir(folder.c_str()) != 0) {
     std::cout << "SetCurrentDirectory failed (" << errno << ")\n";
     ExitProgram(-1);
   }
+}
+
+std::string ExecutableFolder() {
+  char exe[4096];
+  ssize_t length = ::readlink("/proc/self/exe", exe, sizeof exe - 1);
+  if (length <= 0) return std::string();
+  std::string folder(exe, static_cast<std::size_t>(length));
+  folder.erase(folder.rfind('/') + 1);  // keep the trailing separator
+  return folder;
 }
 
 PathKind GetPathKind(const std::string& path) {

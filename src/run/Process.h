@@ -11,6 +11,9 @@
 // failure messages and ends with -1 when that can't be done.
 void EnterExecutableFolder();
 
+// The executable's folder with its trailing separator; empty if unknown.
+std::string ExecutableFolder();
+
 // What a path names.
 enum class PathKind { Missing, File, Directory, Other };
 PathKind GetPathKind(const std::string& path);

@@ -37,6 +37,7 @@ void CLibrarySearcher::Run() {
             << "\t\t" << param.input_speclib_filename << std::endl;
   library.Load();
   matcher.UsePeakLookup(&library.peakLookup);
+  counts.librarySpectra = library.spectra.size();
   std::cout << "\t\t" << library.spectra.size() << " library spectra have been loaded.\n"
             << "\t--- Complete! \n";
   std::cout << "\tSearching " << batch.datasets.size() << " query datasets: " << std::endl;

@@ -3,6 +3,7 @@
 
 // What the search saw, for the run summary.
 struct CSearchCounts {
+  uint64_t librarySpectra = 0;   // library entries loaded
   uint64_t queriesRead = 0;      // spectra read from the query datasets
   uint64_t queriesAccepted = 0;  // of them, passing the oxonium marker test
   uint64_t withCandidates = 0;   // of them, with at least one library candidate

@@ -86,6 +86,11 @@ std::string InstallProgram(const std::string& dir) {
   return target.string();
 }
 
+RunResult GenerateDemo(const std::string& dir) {
+  return RunProgram(QUORIN_DATAGEN, "", ".",
+                    {"demo", dir, "--masstable", std::string(QUORIN_SOURCE_DIR) + "/data/MassTable.ini"});
+}
+
 std::string RealData(const std::string& relative) {
   return (fs::path(QUORIN_REALDATA_DIR) / relative).string();
 }

@@ -38,6 +38,10 @@ RunResult RunProgram(const std::string& program, const std::string& stdinText,
 // returns the copied executable's path: the program works in its own folder.
 std::string InstallProgram(const std::string& dir);
 
+// Generates the demo dataset (lists, spectra, demo.conf with absolute paths,
+// truth.tsv) into `dir` with the built generator.
+RunResult GenerateDemo(const std::string& dir);
+
 // Path of a file of the shared real-data collection (may not exist).
 std::string RealData(const std::string& relative);
 

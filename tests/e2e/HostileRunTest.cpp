@@ -115,9 +115,7 @@ class HostileRun : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
     demo = new testutil::TempDir;
-    const std::string command = std::string(QUORIN_DATAGEN) + " demo " + demo->path().string() +
-                                " --masstable " + QUORIN_SOURCE_DIR + "/data/MassTable.ini >/dev/null";
-    ASSERT_EQ(std::system(command.c_str()), 0);
+    ASSERT_EQ(testutil::GenerateDemo(demo->path().string()).exitCode, 0);
   }
   static void TearDownTestSuite() { delete demo; }
   static testutil::TempDir* demo;

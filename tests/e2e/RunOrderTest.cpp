@@ -74,9 +74,7 @@ TEST(RunOrder, ConsoleAndExitStatusOfEachWayThroughTheRun) {
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.input.substr(0, 40));
-    // An argument on the command line changes nothing.
-    testutil::RunResult result =
-        testutil::RunProgram(program, c.input, startDir.path().string(), {"run.conf"});
+    testutil::RunResult result = testutil::RunProgram(program, c.input, startDir.path().string());
     EXPECT_EQ(result.output, c.output);
     EXPECT_EQ(result.exitCode, c.exitCode);
   }

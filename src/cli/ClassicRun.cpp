@@ -1,3 +1,5 @@
+#include "cli/ClassicRun.h"
+
 #include <iostream>
 #include <string>
 
@@ -10,7 +12,7 @@
 #include "run/TextLine.h"
 #include "search/SearchStage.h"
 
-int main() {
+int RunClassic() {
   // Relative paths (the configuration, MassTable.ini, every configured path)
   // are taken from the executable's folder, whatever folder we were started in.
   EnterExecutableFolder();

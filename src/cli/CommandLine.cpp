@@ -1,0 +1,83 @@
+#include "cli/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "cli/ExitStatus.h"
+#include "cli/FdrCommand.h"
+#include "cli/RunCommand.h"
+#include "run/ConfigKeys.h"
+#include "run/Param.h"
+
+namespace {
+
+const char* const kDescription =
+    "QuorinGlyco finds intact N-glycopeptides in tandem mass spectra by spectral library\n"
+    "search: it builds a library from identified deglycosylated peptides, searches glycopeptide\n"
+    "spectra against it and ranks the hits by a target-decoy FDR.\n"
+    "Without arguments it reads a configuration name on standard input (the classic interface).";
+
+const char* const kExitStatuses =
+    "Exit status: 0 success; 1 run refused or stopped (configuration fault, missing input,\n"
+    "output over an input, fatal data fault); 2 wrong command line; 3 run finished but\n"
+    "incomplete (an input failed while it ran, or the library is empty); 255 configuration or\n"
+    "mass table file can't be read or written.";
+
+}  // namespace
+
+int RunCommandLine(int argc, char** argv) {
+  CLI::App app{kDescription, "QuorinGlyco"};
+  app.footer(kExitStatuses);
+  app.set_version_flag("--version", "QuorinGlyco " + kVersion);
+  app.require_subcommand(0, 1);
+
+  CRunOptions run;
+  CLI::App* runCommand = app.add_subcommand(
+      "run",
+      "Run the stages of a configuration file (relative paths in it are taken from its "
+      "folder).");
+  runCommand->add_option("CONFIG", run.config, "configuration file (see `QuorinGlyco template`)")
+      ->required();
+  runCommand
+      ->add_option("--threads", run.threads,
+                   "threads of the search; default 0: all hardware threads")
+      ->check(CLI::NonNegativeNumber);
+  runCommand->add_option("--mass-table", run.massTable,
+                         "mass table; default MassTable.ini beside CONFIG if there, else the "
+                         "installed one (never written)");
+
+  std::string fdrOut;
+  std::vector<std::string> fdrInputs;
+  CLI::App* fdrCommand = app.add_subcommand(
+      "fdr",
+      "Rank the lines of one or more result files together and add the FDR column, as "
+      "one run would (for searches split across machines).");
+  fdrCommand->add_option("--out", fdrOut, "ranked result file to write")->required();
+  fdrCommand->add_option("RESULT", fdrInputs, "result files of the search (27 or 28 columns)")
+      ->required();
+
+  CLI::App* templateCommand = app.add_subcommand(
+      "template", "Print a complete configuration with every key and what it means.");
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& done) {
+    app.exit(done);
+    return exit_status::kSuccess;
+  } catch (const CLI::ParseError& error) {
+    app.exit(error);
+    return exit_status::kUsage;
+  }
+
+  if (*runCommand) return RunCommand(run);
+  if (*fdrCommand) return FdrCommand(fdrOut, fdrInputs);
+  if (*templateCommand) {
+    std::cout << ConfigTemplate();
+    return exit_status::kSuccess;
+  }
+  std::cout << "A command is required: run, fdr, template" << std::endl
+            << "Run with --help for more information." << std::endl;
+  return exit_status::kUsage;
+}

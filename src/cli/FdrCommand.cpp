@@ -1,0 +1,56 @@
+#include "cli/FdrCommand.h"
+
+#include <fstream>
+#include <iostream>
+
+#include "cli/ExitStatus.h"
+#include "fdr/FdrEstimator.h"
+#include "run/Process.h"
+#include "run/RunPaths.h"
+#include "run/SafeOutputFile.h"
+#include "run/TextLine.h"
+#include "search/LibrarySearcher.h"
+
+namespace {
+
+// Why a file is no result file of the search or the FDR stage; empty if it is one.
+std::string NotAResultFile(const std::string& path) {
+  if (GetPathKind(path) != PathKind::File) return "it is not an existing regular file";
+  std::ifstream in(path, std::ios::binary);
+  std::string header;
+  if (!in || !ReadLine(in, header, nullptr, 1 << 16)) return "it can't be read";
+  if (header == kSearchResultHeader || header == kFdrResultHeader) return "";
+  return "its first line is not the header of a result file (27 or 28 columns from QuerySpecName)";
+}
+
+}  // namespace
+
+int FdrCommand(const std::string& out, const std::vector<std::string>& results) {
+  RemoveTemporariesOnSignals();
+  bool ok = true;
+  for (const std::string& path : results) {
+    const std::string why = NotAResultFile(path);
+    if (!why.empty()) {
+      std::cout << "[Error]: " << path << " can't be ranked: " << why << "." << std::endl;
+      ok = false;
+    }
+    if (SameFile(path, out)) {
+      std::cout << "[Error]: --out " << out << " is one of the result files to rank; write the "
+                << "ranking to a file of its own." << std::endl;
+      ok = false;
+    }
+  }
+  if (!ok) return exit_status::kRefused;
+
+  CFdrEstimator estimator("", out, 1);
+  for (const std::string& path : results) estimator.LoadFile(path, true);
+  estimator.Rank();
+  estimator.Write();
+  const CFdrCounts counts = estimator.Counts();
+  std::cout << "Ranked " << estimator.records.size() << " lines (" << counts.targets << " targets, "
+            << counts.decoys << " decoys) of " << results.size()
+            << (results.size() == 1 ? " file" : " files") << " into " << out << ".\n"
+            << "Target lines at FDR <= 1 %: " << counts.targetsAt1
+            << "; at FDR <= 5 %: " << counts.targetsAt5 << "." << std::endl;
+  return exit_status::kSuccess;
+}

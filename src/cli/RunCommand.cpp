@@ -1,0 +1,107 @@
+#include "cli/RunCommand.h"
+
+#include <chrono>
+#include <iostream>
+
+#include "cli/ExitStatus.h"
+#include "cli/ProgressBar.h"
+#include "cli/RunSummary.h"
+#include "construction/ConstructionStage.h"
+#include "fdr/FdrStage.h"
+#include "run/InputFailures.h"
+#include "run/Process.h"
+#include "run/RunPaths.h"
+#include "run/SafeOutputFile.h"
+#include "search/SearchStage.h"
+
+namespace {
+
+template <typename Stage>
+double Timed(Stage stage) {
+  const auto start = std::chrono::steady_clock::now();
+  stage();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+void WriteSummaryFile(const CRunSummary& summary) {
+  CSafeOutputFile file;
+  if (file.Open(summary.summaryFile)) {
+    file.Stream() << SummaryJson(summary);
+    if (file.Commit()) return;
+  }
+  std::cout << "[Warning]: The summary file " << summary.summaryFile << " can't be written."
+            << std::endl;
+}
+
+}  // namespace
+
+int RunCommand(const CRunOptions& options) {
+  RemoveTemporariesOnSignals();
+  if (GetPathKind(options.config) != PathKind::File) {
+    std::cout << "[Error]: The configuration file " << options.config
+              << " can't be read: it is not an existing regular file." << std::endl;
+    return exit_status::kRefused;
+  }
+  CParam& param = CParam::GetInstance();
+  PrepareRun(options, param);
+
+  const std::vector<std::string> problems = UnreadableInputs(param);
+  if (!problems.empty()) {
+    std::cout << "[Error]: " << problems.size() << (problems.size() == 1 ? " input" : " inputs")
+              << " named in " << options.config << " can't be read:\n";
+    for (const std::string& problem : problems) std::cout << '\t' << problem << '\n';
+    std::cout << "Nothing was run." << std::endl;
+    return exit_status::kRefused;
+  }
+
+  CRunSummary summary;
+  summary.construction = param.construction.enabled;
+  summary.search = param.search.enabled;
+  summary.library = param.construction.output_speclib_filename;
+  summary.companion = CompanionFileName(summary.library);
+  summary.result = param.search.output_result_filename;
+  if (summary.search)
+    summary.summaryFile = BesideWithSuffix(summary.result, "_summary.json");
+  else if (summary.construction)
+    summary.summaryFile = BesideWithSuffix(summary.library, "_summary.json");
+
+  CRunPaths paths = CollectRunPaths(param);
+  if (summary.construction) {
+    CNamedPath table;
+    table.path = param.construction.mass_table_update_filename;
+    table.what = "the mass table updated by a pepXML list";
+    paths.outputs.push_back(table);
+  }
+  if (!summary.summaryFile.empty()) {
+    CNamedPath file;
+    file.path = summary.summaryFile;
+    file.what = "the run summary";
+    paths.outputs.push_back(file);
+  }
+  CheckRunPaths(paths);
+
+  {
+    auto bar = CProgressBar::StartIfTerminal();
+    summary.constructionSeconds =
+        Timed([&] { summary.built = RunConstruction(param.construction); });
+    summary.searchSeconds = Timed([&] { summary.searched = RunSearch(param.search); });
+    summary.fdrSeconds = Timed([&] { summary.ranked = RunFdr(param.search); });
+  }
+  // A pepXML list may have moved the run onto its updated table.
+  summary.massTable = param.search.enabled ? param.search.mass_table_filename
+                                           : param.construction.mass_table_filename;
+  if (!summary.summaryFile.empty()) WriteSummaryFile(summary);
+  std::cout << FormatSummary(summary);
+
+  const uint64_t failures = InputFailureCount();
+  const bool emptyLibrary = (summary.construction && summary.built.entriesWritten == 0) ||
+                            (summary.search && summary.searched.librarySpectra == 0);
+  if (failures == 0 && !emptyLibrary) return exit_status::kSuccess;
+  std::cout << "\nIncomplete:";
+  if (failures > 0)
+    std::cout << ' ' << failures << (failures == 1 ? " input" : " inputs")
+              << " could not be read (see the messages above);";
+  if (emptyLibrary) std::cout << " the library is empty;";
+  std::cout << " exit status " << exit_status::kIncomplete << "." << std::endl;
+  return exit_status::kIncomplete;
+}

@@ -1,0 +1,23 @@
+#pragma once
+#include <string>
+
+#include "construction/ConstructionCounts.h"
+#include "fdr/FdrEstimator.h"
+#include "run/Param.h"
+#include "search/SearchCounts.h"
+
+// What a run did, stage by stage, and where its files went.
+struct CRunSummary {
+  bool construction = false, search = false;
+  CConstructionCounts built;
+  CSearchCounts searched;
+  CFdrCounts ranked;
+  double constructionSeconds = 0.0, searchSeconds = 0.0, fdrSeconds = 0.0;
+  std::string library, companion, massTable, result, summaryFile;
+};
+
+// The summary as the console shows it.
+std::string FormatSummary(const CRunSummary& summary);
+
+// The summary as a JSON object, for other programs (and the report).
+std::string SummaryJson(const CRunSummary& summary);

@@ -1,0 +1,274 @@
+// The command line end to end: the real binary, started from a folder of its
+// own, on the generated demo with a configuration of relative paths.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "common/TestUtil.h"
+
+namespace fs = std::filesystem;
+using testutil::ReadFile;
+using testutil::RunProgram;
+using testutil::WriteFile;
+
+namespace {
+
+const std::string kProgram = QUORIN_BINARY;
+
+bool Has(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// The demo, generated once, and copies of it with relative paths.
+class CommandLine : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    demo_ = new testutil::TempDir;
+    ASSERT_EQ(testutil::GenerateDemo(demo_->path().string()).exitCode, 0);
+  }
+  static void TearDownTestSuite() { delete demo_; }
+
+  // The demo's files in `dir`, and run.conf naming them relative to `dir`,
+  // with keys replaced or added.
+  static void CopyDemo(const testutil::TempDir& dir,
+                       const std::vector<std::pair<std::string, std::string>>& keys = {}) {
+    for (const auto& entry : fs::directory_iterator(demo_->path()))
+      fs::copy_file(entry.path(), dir.path() / entry.path().filename());
+    std::string conf = ReadFile(*demo_ / "demo.conf");
+    const std::string prefix = demo_->path().string() + "/";
+    for (std::size_t at; (at = conf.find(prefix)) != std::string::npos;)
+      conf.erase(at, prefix.size());
+    for (const auto& [key, value] : keys) {
+      const std::size_t at = conf.find("\n" + key + " = ");
+      if (at == std::string::npos) {
+        conf.insert(conf.find("[search]"), key + " = " + value + "\n");
+      } else {
+        conf.replace(at + 1, conf.find('\n', at + 1) - at - 1, key + " = " + value);
+      }
+    }
+    WriteFile(dir / "run.conf", conf);
+  }
+
+  static testutil::TempDir* demo_;
+  testutil::TempDir elsewhere_;  // the working directory of every run
+};
+testutil::TempDir* CommandLine::demo_ = nullptr;
+
+TEST_F(CommandLine, HelpVersionAndWrongCommandLines) {
+  const struct {
+    std::vector<std::string> args;
+    int exitCode;
+    std::string says;
+  } cases[] = {
+      {{"--version"}, 0, "QuorinGlyco 1.0\n"},
+      {{"--help"}, 0, "fdr"},
+      {{"run", "--help"}, 0, "--threads"},
+      {{"frobnicate"}, 2, "frobnicate"},
+      {{"run"}, 2, "CONFIG is required"},
+      {{"run", "a.conf", "--threads", "-1"}, 2, "--threads"},
+      {{"fdr", "r.txt"}, 2, "--out is required"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.args[0] + " " + (c.args.size() > 1 ? c.args[1] : ""));
+    // Standard input holds a configuration name that the classic interface
+    // would run: with arguments it is never read.
+    const auto result =
+        RunProgram(kProgram, *demo_ / "demo.conf\n", elsewhere_.path().string(), c.args);
+    EXPECT_EQ(result.exitCode, c.exitCode) << result.output;
+    EXPECT_TRUE(Has(result.output, c.says)) << result.output;
+    EXPECT_FALSE(Has(result.output, ">> Constructing:"));
+  }
+}
+
+TEST_F(CommandLine, RunTakesPathsFromTheConfigurationFolderAndGivesTheClassicFiles) {
+  testutil::TempDir classic, native;
+  CopyDemo(classic);
+  CopyDemo(native);
+  const std::string installed = testutil::InstallProgram(classic.path().string());
+  WriteFile(classic / "abs.conf", ReadFile(*demo_ / "demo.conf"));
+  std::string conf = ReadFile(classic / "abs.conf");
+  for (std::size_t at; (at = conf.find(demo_->path().string())) != std::string::npos;)
+    conf.replace(at, demo_->path().string().size(), classic.path().string());
+  WriteFile(classic / "abs.conf", conf);
+  ASSERT_EQ(RunProgram(installed, classic / "abs.conf\n", elsewhere_.path().string()).exitCode, 0);
+
+  const auto result = RunProgram(kProgram, "", elsewhere_.path().string(),
+                                 {"run", native / "run.conf", "--threads", "2"});
+  ASSERT_EQ(result.exitCode, 0) << result.output;
+  for (const char* file : {"demo.quolib", "demo_libcomp.txt", "demo_result.txt"})
+    EXPECT_TRUE(ReadFile(classic / file) == ReadFile(native / file)) << file;
+  EXPECT_TRUE(fs::is_empty(elsewhere_.path()));
+  // Off a terminal the plain progress lines stay; the summary ends the run.
+  EXPECT_TRUE(Has(result.output, "\t\tSpectra: "));
+  for (const std::string& line : std::vector<std::string>{"    queries read                                400\n",
+                                  "    result       " + (native / "demo_result.txt") + "\n",
+                                  "    summary      " + (native / "demo_result_summary.json") + "\n"})
+    EXPECT_TRUE(Has(result.output, line)) << line << result.output;
+  EXPECT_TRUE(Has(ReadFile(native / "demo_result_summary.json"), "\"queries_read\":400"));
+}
+
+TEST_F(CommandLine, MissingInputsAreListedTogetherBeforeAnyWork) {
+  testutil::TempDir dir;
+  CopyDemo(dir, {{"identification_filename_1", "absent.txt"},
+                 {"query_dataset_pathname_1", "sub/absent.mgf"}});
+  const auto result =
+      RunProgram(kProgram, "", elsewhere_.path().string(), {"run", dir / "run.conf"});
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(Has(result.output, "[Error]: 2 inputs named in " + (dir / "run.conf") +
+                                     " can't be read:\n\t\"identification_filename_1\" in section "
+                                     "\"construction\": " +
+                                     (dir / "absent.txt") +
+                                     ": no such file\n\t\"query_dataset_pathname_1\""))
+      << result.output;
+  EXPECT_FALSE(testutil::FileExists(dir / "demo.quolib"));
+}
+
+TEST_F(CommandLine, FaultsSayWhatWasExpected) {
+  const struct {
+    std::pair<std::string, std::string> key;
+    int exitCode;
+    std::string says;
+  } cases[] = {
+      {{"query_product_ion_unit", "Da"},
+       1,
+       "Missing or invalid parameter \"query_product_ion_unit\" in section \"search\".\n"
+       "\texpected: da or ppm, exactly in lower case; found \"Da\"\n"},
+      {{"theta", "0.3x"},
+       1,
+       "\texpected: weight of the theoretical b/y ions in a library "
+       "spectrum, from 0 to 1; found \"0.3x\"\n"},
+      {{"library_dataset_format", "raw"}, 1, "dtas (any case); found \"raw\""},
+      {{"qurey_dataset_format", "mgf"},
+       0,
+       "[Warning]: The key \"qurey_dataset_format\" in section \"construction\" is not one the "
+       "program reads; it is ignored.\n"},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.key.first);
+    testutil::TempDir dir;
+    CopyDemo(dir, {c.key});
+    const auto result =
+        RunProgram(kProgram, "", elsewhere_.path().string(), {"run", dir / "run.conf"});
+    EXPECT_EQ(result.exitCode, c.exitCode) << result.output;
+    EXPECT_TRUE(Has(result.output, c.says)) << result.output;
+  }
+}
+
+TEST_F(CommandLine, PepXmlUpdatesATableBesideTheLibraryAndAnEmptyLibraryIsIncomplete) {
+  testutil::TempDir dir;
+  CopyDemo(dir, {{"identification_format", "pepxml"},
+                 {"probability_threshold", "0.5"},
+                 {"identification_filename_1", "ids.pep.xml"}});
+  WriteFile(dir / "ids.pep.xml",
+            "<msms_pipeline_analysis><msms_run_summary><search_summary>"
+            "<aminoacid_modification aminoacid=\"C\" massdiff=\"57.021464\" mass=\"160.030649\"/>"
+            "</search_summary><spectrum_query spectrum=\"lib_run1.1.1.2\" assumed_charge=\"2\">"
+            "<search_result><search_hit peptide=\"AANGTK\"><analysis_result>"
+            "<peptideprophet_result probability=\"0.9\"/></analysis_result></search_hit>"
+            "</search_result></spectrum_query></msms_run_summary></msms_pipeline_analysis>\n");
+  const std::string table = fs::path(kProgram).parent_path() / "MassTable.ini";
+  const std::string before = ReadFile(table);
+  const auto result =
+      RunProgram(kProgram, "", elsewhere_.path().string(), {"run", dir / "run.conf"});
+  EXPECT_EQ(result.exitCode, 3) << result.output;
+  EXPECT_TRUE(Has(result.output, "Incomplete: the library is empty; exit status 3."))
+      << result.output;
+  EXPECT_TRUE(ReadFile(table) == before);
+  EXPECT_TRUE(Has(ReadFile(dir / "demo_MassTable.ini"), "[Glyco]"));
+  EXPECT_TRUE(Has(result.output, "    mass table   " + (dir / "demo_MassTable.ini") + "\n"));
+}
+
+TEST_F(CommandLine, FdrOverShardsRanksAsOneRun) {
+  testutil::TempDir dir;
+  CopyDemo(dir);
+  // The queries in two shards: the first 150 spectra and the rest.
+  const std::string queries = ReadFile(dir / "glyco_run1.mgf");
+  std::size_t cut = 0;
+  for (int i = 0; i <= 150; ++i) cut = queries.find("BEGIN IONS", cut + 1);
+  WriteFile(dir / "shard1.mgf", queries.substr(0, cut));
+  WriteFile(dir / "shard2.mgf", queries.substr(cut));
+  auto run = [&](const std::string& name, const std::string& datasets, const std::string& result) {
+    std::string conf = ReadFile(dir / "run.conf");
+    conf.replace(conf.find("query_dataset_number"),
+                 conf.find("query_precursor") - conf.find("query_dataset_number"), datasets);
+    conf.replace(conf.find("output_result_filename = "),
+                 conf.find('\n', conf.find("output_result_filename = ")) -
+                     conf.find("output_result_filename = "),
+                 "output_result_filename = " + result);
+    WriteFile(dir / name, conf);
+    return RunProgram(kProgram, "", elsewhere_.path().string(), {"run", dir / name}).exitCode;
+  };
+  const std::string both =
+      "query_dataset_number = 2\nquery_dataset_format = mgf\n"
+      "query_dataset_pathname_1 = shard1.mgf\nquery_dataset_pathname_2 = shard2.mgf\n";
+  ASSERT_EQ(run("one.conf", both, "one.txt"), 0);
+  ASSERT_EQ(run("a.conf",
+                "query_dataset_number = 1\nquery_dataset_format = mgf\nquery_dataset_pathname_1 = "
+                "shard1.mgf\n",
+                "a.txt"),
+            0);
+  ASSERT_EQ(run("b.conf",
+                "query_dataset_number = 1\nquery_dataset_format = mgf\nquery_dataset_pathname_1 = "
+                "shard2.mgf\n",
+                "b.txt"),
+            0);
+  const auto merged =
+      RunProgram(kProgram, "", elsewhere_.path().string(),
+                 {"fdr", "--out", dir / "merged.txt", dir / "a.txt", dir / "b.txt"});
+  ASSERT_EQ(merged.exitCode, 0) << merged.output;
+  EXPECT_TRUE(ReadFile(dir / "merged.txt") == ReadFile(dir / "one.txt"));
+  EXPECT_TRUE(Has(merged.output, "Target lines at FDR <= 1 %: ")) << merged.output;
+  // Not a result file, and an output over an input, are refused.
+  const auto refused = RunProgram(kProgram, "", elsewhere_.path().string(),
+                                  {"fdr", "--out", dir / "a.txt", dir / "a.txt", dir / "run.conf"});
+  EXPECT_EQ(refused.exitCode, 1);
+  EXPECT_TRUE(Has(refused.output, "run.conf can't be ranked: its first line is not the header"));
+  EXPECT_TRUE(Has(refused.output, "is one of the result files to rank"));
+}
+
+TEST_F(CommandLine, TemplateNamesEveryKeyAndParses) {
+  const auto result = RunProgram(kProgram, "", elsewhere_.path().string(), {"template"});
+  ASSERT_EQ(result.exitCode, 0);
+  for (const char* key : {"construction",
+                          "modification_remove",
+                          "identification_format",
+                          "probability_threshold",
+                          "identification_number",
+                          "identification_filename_1",
+                          "library_dataset_number",
+                          "library_dataset_format",
+                          "library_dataset_pathname_1",
+                          "library_product_ion_unit",
+                          "library_product_ion_tolerance",
+                          "theta",
+                          "output_speclib_filename",
+                          "added_Y_ions",
+                          "Y_ion_relative_intensity",
+                          "N_glycan_motifs",
+                          "protein_database",
+                          "search",
+                          "input_speclib_filename",
+                          "query_dataset_number",
+                          "query_dataset_format",
+                          "query_dataset_pathname_1",
+                          "query_precursor_ion_unit",
+                          "query_precursor_ion_tolerance",
+                          "query_product_ion_unit",
+                          "query_product_ion_tolerance",
+                          "output_result_filename",
+                          "minimal_peptide_ions"}) {
+    EXPECT_TRUE(Has(result.output, "\n" + std::string(key) + " = ")) << key;
+  }
+  testutil::TempDir dir;
+  WriteFile(dir / "template.conf", result.output);
+  const auto run =
+      RunProgram(kProgram, "", elsewhere_.path().string(), {"run", dir / "template.conf"});
+  EXPECT_EQ(run.exitCode, 1);
+  EXPECT_TRUE(Has(run.output, "can't be read:")) << run.output;
+  EXPECT_FALSE(Has(run.output, "Missing or invalid") || Has(run.output, "[Warning]")) << run.output;
+}
+
+}  // namespace

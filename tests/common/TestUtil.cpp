@@ -90,4 +90,10 @@ std::string RealData(const std::string& relative) {
   return (fs::path(QUORIN_REALDATA_DIR) / relative).string();
 }
 
+std::string RealDataMissing() {
+  const fs::path folder = fs::path(QUORIN_REALDATA_DIR).lexically_normal();
+  if (fs::is_directory(folder)) return "";
+  return "the real-data folder " + folder.string() + " (../shared/realdata beside the source) is absent";
+}
+
 }  // namespace testutil

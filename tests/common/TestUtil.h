@@ -1,4 +1,6 @@
 #pragma once
+#include <gtest/gtest.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -41,4 +43,14 @@ std::string InstallProgram(const std::string& dir);
 // Path of a file of the shared real-data collection (may not exist).
 std::string RealData(const std::string& relative);
 
+// Empty when the real-data folder is present, else the reason for skipping,
+// which names the folder.
+std::string RealDataMissing();
+
 }  // namespace testutil
+
+// Skips the calling test when the real-data folder is absent; each file of the
+// collection may still be missing and is then passed over by the test.
+#define SKIP_WITHOUT_REALDATA()                                                  \
+  if (const std::string missing = testutil::RealDataMissing(); !missing.empty()) \
+  GTEST_SKIP() << missing

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,19 @@ RunResult RunProgram(const std::string& program, const std::string& stdinText,
 // Copies the built QuorinGlyco and the default MassTable.ini into `dir` and
 // returns the copied executable's path: the program works in its own folder.
 std::string InstallProgram(const std::string& dir);
+
+// Reads the file at a path and returns one summary line per record read.
+using RecordReader = std::function<std::vector<std::string>(const std::string& path)>;
+
+// Cuts `head` followed by `records` at every byte and checks that each cut
+// file still gives, unchanged, every record that the file cut behind its last
+// whole record gives: a cut never spoils the records before it. Where records
+// are indexed by a name line whose failed scan keeps the name last read, the
+// cut record may take one earlier record's place under its name (each summary
+// begins with the name and a blank).
+void ExpectCutsKeepWholeRecords(const RecordReader& read, const std::string& head,
+                                const std::vector<std::string>& records,
+                                bool nameInherited = false);
 
 // Path of a file of the shared real-data collection (may not exist).
 std::string RealData(const std::string& relative);

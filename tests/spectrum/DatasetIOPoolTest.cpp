@@ -6,9 +6,6 @@
 
 #include "common/TestUtil.h"
 #include "spectrum/DatasetIOPool.h"
-#include "spectrum/DtaIO.h"
-#include "spectrum/MgfIO.h"
-#include "spectrum/QuolibIO.h"
 
 namespace {
 // Dataset index of each name after assignment.
@@ -22,20 +19,6 @@ std::vector<int32_t> Assigned(const std::vector<std::string>& prefixes,
   return indices;
 }
 }  // namespace
-
-TEST(DatasetIOPoolTest, FactoryMakesOneReaderPerFormatCode) {
-  std::unique_ptr<CSpecIO> ios[4] = {std::unique_ptr<CSpecIO>(CreateSpecIO(0)),
-                                     std::unique_ptr<CSpecIO>(CreateSpecIO(1)),
-                                     std::unique_ptr<CSpecIO>(CreateSpecIO(2)),
-                                     std::unique_ptr<CSpecIO>(CreateSpecIO(3))};
-  EXPECT_NE(dynamic_cast<CQuolibIO*>(ios[0].get()), nullptr);
-  EXPECT_NE(dynamic_cast<CDtaIO*>(ios[1].get()), nullptr);
-  EXPECT_NE(dynamic_cast<CMgfIO*>(ios[2].get()), nullptr);
-  EXPECT_EQ(ios[0]->Extension() + ios[1]->Extension() + ios[2]->Extension() + ios[3]->Extension(),
-            ".quolib.dta.mgf.dta");
-  EXPECT_EQ(CreateSpecIO(4), nullptr);
-  EXPECT_EQ(CreateSpecIO(-1), nullptr);
-}
 
 TEST(DatasetIOPoolTest, PrefixesEndAtTheLastPointOfTheFileName) {
   std::vector<std::string> prefixes = {"stale"};

@@ -58,4 +58,9 @@ TEST(DatasetIOPoolTest, OpenPrintsTheDatasetsAndIndexesEach) {
   EXPECT_TRUE(pool.ios[0]->ReadByName("a.1.1.2", out));
   EXPECT_TRUE(pool.ios[1]->ReadByName(dir / "b.2.2.1.dta", out));
   EXPECT_EQ(out.at(1).name, "b.2.2.1.dta");
+  // The dataset that did not open reads as empty, and the run goes on.
+  testing::internal::CaptureStdout();
+  EXPECT_FALSE(pool.ios[2]->ReadNext(out) || pool.ios[2]->ReadByName("a.1.1.2", out));
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "\n[Warning]: Unable to load spectrum a.1.1.2\n");
+  EXPECT_EQ(out.size(), 2u);
 }

@@ -94,11 +94,13 @@ void ExpectCutsKeepWholeRecords(const RecordReader& read, const std::string& hea
   std::string whole = head;
   for (std::size_t k = 0; k <= records.size(); ++k) {
     WriteFile(path, whole);
-    const std::vector<std::string> kept = read(path);
+    std::string keptPrinted, printed;
+    const std::vector<std::string> kept = read(path, keptPrinted);
     const std::string next = k < records.size() ? records[k] : "";
     for (std::size_t cut = whole.size() + 1; cut < whole.size() + next.size(); ++cut) {
       WriteFile(path, whole + next.substr(0, cut - whole.size()));
-      const std::vector<std::string> got = read(path);
+      const std::vector<std::string> got = read(path, printed);
+      EXPECT_EQ(printed.substr(0, keptPrinted.size()), keptPrinted) << "cut at byte " << cut;
       int replaced = 0;
       for (const std::string& record : kept) {
         if (std::find(got.begin(), got.end(), record) != got.end()) continue;

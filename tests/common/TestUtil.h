@@ -41,12 +41,15 @@ RunResult RunProgram(const std::string& program, const std::string& stdinText,
 // returns the copied executable's path: the program works in its own folder.
 std::string InstallProgram(const std::string& dir);
 
-// Reads the file at a path and returns one summary line per record read.
-using RecordReader = std::function<std::vector<std::string>(const std::string& path)>;
+// Reads the file at a path and returns one summary line per record read;
+// `printed` gets what the reading printed.
+using RecordReader =
+    std::function<std::vector<std::string>(const std::string& path, std::string& printed)>;
 
 // Cuts `head` followed by `records` at every byte and checks that each cut
 // file still gives, unchanged, every record that the file cut behind its last
-// whole record gives: a cut never spoils the records before it. Where records
+// whole record gives, and prints what that file prints before anything about
+// the cut record: a cut never spoils the records before it. Where records
 // are indexed by a name line whose failed scan keeps the name last read, the
 // cut record may take one earlier record's place under its name (each summary
 // begins with the name and a blank).

@@ -13,18 +13,20 @@ TEST(ListGarbage, CutsKeepTheWholeRecordsBeforeThem) {
     std::string head;
     std::vector<std::string> records;
   } cases[] = {
+      // Each with a line that is reported and skipped.
       {0, "Spectrum Name\tSequencet\tModification\tCharge\n",
-       {"a.1.1.2.dta\tAANGTK\t3,Deamidated[N];\t2\r\n", "b.2.2.3.dta , LLNVSR , 3,Deamidated[N]; , 3\n"}},
+       {"a.1.1.2.dta\tAANGTK\t3,Deamidated[N];\t2\r\n", "short.2.2.2.dta\tAANGTK\n",
+        "b.2.2.3.dta , LLNVSR , 3,Deamidated[N]; , 3\n"}},
       {7, "Name\tCharge\tSequence\tModifications\n",
        {"a.1.1.2.dta\t2\tAANGTK\t3,N(Deamidated[N]);\r\n", "b.2.2.3.dta\t3\tLLNVSR\t3,N(Deamidated[N]);\n",
+        "empty.1.1.2.dta\t\tAANGTK\t3,N(Deamidated[N]);\n",
         "c.3.3.2.dta\t2\tAANGTK\t1,A(Acetyl[N-term]);3,N(Deamidated[N]);\n"}},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.format);
     testutil::ExpectCutsKeepWholeRecords(
-        [&](const std::string& path) {
-          std::string out;
-          return listtest::Summaries(listtest::ReadListCaptured(c.format, path, out));
+        [&](const std::string& path, std::string& printed) {
+          return listtest::Summaries(listtest::ReadListCaptured(c.format, path, printed));
         },
         c.head, c.records);
   }

@@ -55,7 +55,13 @@ TEST(TruncatedInputTest, CutsKeepTheWholeSpectraBeforeThem) {
     // MGF titles and library names are indexed: a name line cut to a failed
     // scan files the cut block under the name read before.
     testutil::ExpectCutsKeepWholeRecords(
-        [&](const std::string& path) { return Spectra(c.format, path); }, c.head, c.records,
+        [&](const std::string& path, std::string& printed) {
+          testing::internal::CaptureStdout();
+          std::vector<std::string> spectra = Spectra(c.format, path);
+          printed = testing::internal::GetCapturedStdout();
+          return spectra;
+        },
+        c.head, c.records,
         c.format != 3);
   }
 }

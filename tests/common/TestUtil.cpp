@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 #include <unistd.h>
 
@@ -85,6 +86,11 @@ std::string InstallProgram(const std::string& dir) {
   if (!fs::exists(table)) table = fs::path(QUORIN_SOURCE_DIR) / "data" / "MassTable.ini";
   fs::copy_file(table, fs::path(dir) / "MassTable.ini", fs::copy_options::overwrite_existing);
   return target.string();
+}
+
+void PrintToStderr() {
+  std::cout.flush();
+  ::dup2(STDERR_FILENO, STDOUT_FILENO);
 }
 
 void ExpectCutsKeepWholeRecords(const RecordReader& read, const std::string& head,

@@ -41,6 +41,10 @@ RunResult RunProgram(const std::string& program, const std::string& stdinText,
 // returns the copied executable's path: the program works in its own folder.
 std::string InstallProgram(const std::string& dir);
 
+// For death tests, which watch standard error: sends what the program prints
+// there, after what was already buffered for standard output.
+void PrintToStderr();
+
 // Reads the file at a path and returns one summary line per record read;
 // `printed` gets what the reading printed.
 using RecordReader =

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -36,9 +35,9 @@ TEST(DatasetIOPoolTest, PrefixesEndAtTheLastPointOfTheFileName) {
   const std::string message =
       "^\\[Error\\]: The spectrum of run2.1.1.2 is not found in data sets!\n"
       "  Please check whether the name of each data set is prefix of spectral name!\n$";
-  EXPECT_EXIT((dup2(2, 1), Assigned({"run1."}, {"run1.1.1.2", "run2.1.1.2"})),
+  EXPECT_EXIT((testutil::PrintToStderr(), Assigned({"run1."}, {"run1.1.1.2", "run2.1.1.2"})),
               testing::ExitedWithCode(1), message);
-  EXPECT_EXIT((dup2(2, 1), Assigned({}, {"run2.1.1.2"})), testing::ExitedWithCode(1), message);
+  EXPECT_EXIT((testutil::PrintToStderr(), Assigned({}, {"run2.1.1.2"})), testing::ExitedWithCode(1), message);
 }
 
 TEST(DatasetIOPoolTest, OpenPrintsTheDatasetsAndIndexesEach) {

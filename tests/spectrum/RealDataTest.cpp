@@ -64,22 +64,12 @@ TEST(RealDataTest, FirstSpectrumOfEachFile) {
   }
 }
 
-TEST(RealDataTest, CommentLinesRepeatPeaksAndNaNIntensities) {
+TEST(RealDataTest, NaNIntensities) {
   SKIP_WITHOUT_REALDATA();
-  std::string path = testutil::RealData(
-      "MetaMorpheus/22-12-14_EclipseOglyco_EThcD_150ms_calRxn_17360.mgf");
-  if (testutil::FileExists(path)) {
-    const std::vector<CPeak> peaks = spectest::Load(2, path).spectra.at(0).peaks;
-    int repeats = 0;
-    for (std::size_t i = 1; i < peaks.size(); ++i)
-      repeats += peaks[i].mz == peaks[i - 1].mz && peaks[i].intensity == peaks[i - 1].intensity;
-    EXPECT_EQ(repeats, 2);
-  }
-  path = testutil::RealData("MetaMorpheus/tinySemiBroken.mgf");
-  if (testutil::FileExists(path)) {
-    const std::vector<CPeak> peaks = spectest::Load(2, path).spectra.at(0).peaks;
-    ASSERT_EQ(peaks.size(), 1u);
-    EXPECT_EQ(peaks[0].mz, 101.0703067);
-    EXPECT_TRUE(std::isnan(peaks[0].intensity));
-  }
+  const std::string path = testutil::RealData("MetaMorpheus/tinySemiBroken.mgf");
+  if (!testutil::FileExists(path)) GTEST_SKIP() << "the collection lacks " << path;
+  const std::vector<CPeak> peaks = spectest::Load(2, path).spectra.at(0).peaks;
+  ASSERT_EQ(peaks.size(), 1u);
+  EXPECT_EQ(peaks[0].mz, 101.0703067);
+  EXPECT_TRUE(std::isnan(peaks[0].intensity));
 }

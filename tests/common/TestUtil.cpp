@@ -131,7 +131,7 @@ std::string RealData(const std::string& relative) {
 std::string RealDataMissing() {
   const fs::path folder = fs::path(QUORIN_REALDATA_DIR).lexically_normal();
   if (fs::is_directory(folder)) return "";
-  return "skipped: the real-data folder ../shared/realdata (" + folder.string() + ") is absent";
+  return "the real-data folder ../shared/realdata (" + folder.string() + ") is absent";
 }
 
 }  // namespace testutil

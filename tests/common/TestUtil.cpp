@@ -2,10 +2,12 @@
 
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iostream>
 #include <sstream>
 #include <unistd.h>
 
@@ -91,8 +93,50 @@ RunResult GenerateDemo(const std::string& dir) {
                     {"demo", dir, "--masstable", std::string(QUORIN_SOURCE_DIR) + "/data/MassTable.ini"});
 }
 
+void PrintToStderr() {
+  std::cout.flush();
+  ::dup2(STDERR_FILENO, STDOUT_FILENO);
+}
+
+void ExpectCutsKeepWholeRecords(const RecordReader& read, const std::string& head,
+                                const std::vector<std::string>& records, bool nameInherited) {
+  TempDir dir;
+  const std::string path = dir / "cut";
+  std::string whole = head;
+  for (std::size_t k = 0; k <= records.size(); ++k) {
+    WriteFile(path, whole);
+    std::string keptPrinted, printed;
+    const std::vector<std::string> kept = read(path, keptPrinted);
+    const std::string next = k < records.size() ? records[k] : "";
+    for (std::size_t cut = whole.size() + 1; cut < whole.size() + next.size(); ++cut) {
+      WriteFile(path, whole + next.substr(0, cut - whole.size()));
+      const std::vector<std::string> got = read(path, printed);
+      EXPECT_EQ(printed.substr(0, keptPrinted.size()), keptPrinted) << "cut at byte " << cut;
+      int replaced = 0;
+      for (const std::string& record : kept) {
+        if (std::find(got.begin(), got.end(), record) != got.end()) continue;
+        const std::string name = record.substr(0, record.find(' ') + 1);
+        const bool taken = std::any_of(got.begin(), got.end(), [&](const std::string& g) {
+          return g.rfind(name, 0) == 0;
+        });
+        EXPECT_TRUE(nameInherited && taken && ++replaced == 1)
+            << "cut at byte " << cut << " lost or changed: " << record << "\n"
+            << ::testing::PrintToString(got);
+      }
+      if (::testing::Test::HasFailure()) return;
+    }
+    whole += next;
+  }
+}
+
 std::string RealData(const std::string& relative) {
   return (fs::path(QUORIN_REALDATA_DIR) / relative).string();
+}
+
+std::string RealDataMissing() {
+  const fs::path folder = fs::path(QUORIN_REALDATA_DIR).lexically_normal();
+  if (fs::is_directory(folder)) return "";
+  return "the real-data folder ../shared/realdata (" + folder.string() + ") is absent";
 }
 
 }  // namespace testutil

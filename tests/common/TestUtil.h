@@ -1,5 +1,8 @@
 #pragma once
+#include <gtest/gtest.h>
+
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -42,7 +45,37 @@ std::string InstallProgram(const std::string& dir);
 // truth.tsv) into `dir` with the built generator.
 RunResult GenerateDemo(const std::string& dir);
 
+// For death tests, which watch standard error: sends what the program prints
+// there, after what was already buffered for standard output.
+void PrintToStderr();
+
+// Reads the file at a path and returns one summary line per record read;
+// `printed` gets what the reading printed.
+using RecordReader =
+    std::function<std::vector<std::string>(const std::string& path, std::string& printed)>;
+
+// Cuts `head` followed by `records` at every byte and checks that each cut
+// file still gives, unchanged, every record that the file cut behind its last
+// whole record gives, and prints what that file prints before anything about
+// the cut record: a cut never spoils the records before it. Where records
+// are indexed by a name line whose failed scan keeps the name last read, the
+// cut record may take one earlier record's place under its name (each summary
+// begins with the name and a blank).
+void ExpectCutsKeepWholeRecords(const RecordReader& read, const std::string& head,
+                                const std::vector<std::string>& records,
+                                bool nameInherited = false);
+
 // Path of a file of the shared real-data collection (may not exist).
 std::string RealData(const std::string& relative);
 
+// Empty when the real-data folder is present, else the reason for skipping,
+// which names the folder.
+std::string RealDataMissing();
+
 }  // namespace testutil
+
+// Skips the calling test when the real-data folder is absent; each file of the
+// collection may still be missing and is then passed over by the test.
+#define SKIP_WITHOUT_REALDATA()                                                  \
+  if (const std::string missing = testutil::RealDataMissing(); !missing.empty()) \
+  GTEST_SKIP() << missing

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,20 @@ std::vector<std::string> Values(const std::string& path, const std::string& key)
   return values;
 }
 
+// The Y-ion peak lines (type 2) of each entry of the library file.
+std::vector<std::vector<std::string>> YIonLines(const std::string& path) {
+  std::vector<std::vector<std::string>> entries;
+  for (const std::string& line : testutil::ReadLines(path)) {
+    if (line.rfind("ID=", 0) == 0) entries.emplace_back();
+    std::istringstream fields(line);
+    std::string mz, intensity, count, type;
+    if (line.find('=') == std::string::npos && fields >> mz >> intensity >> count >> type &&
+        type == "2")
+      entries.back().push_back(line);
+  }
+  return entries;
+}
+
 }  // namespace
 
 TEST(ConstructionRun, PeptideWithoutSpectrumLeavesAGapInTheNamesOnly) {
@@ -104,6 +119,12 @@ TEST(ConstructionRun, PeptideWithoutSpectrumLeavesAGapInTheNamesOnly) {
   EXPECT_EQ(masses[0], "561.29909");
   EXPECT_EQ(masses[1], "561.29909");
   EXPECT_EQ(masses[4], masses[5]);
+  // Target and decoy carry the same Y ions: Y0 and Y1 at charges 1 and 2, each
+  // also less water and less ammonia.
+  const std::vector<std::vector<std::string>> yIons = YIonLines(library);
+  ASSERT_EQ(yIons.size(), 8u);
+  EXPECT_EQ(yIons[0].size(), 12u);
+  EXPECT_EQ(yIons[1], yIons[0]);
 
   // The companion file names all five peptides, also the one without an entry.
   EXPECT_EQ(testutil::ReadFile(run.dir / "out_libcomp.txt"),

@@ -67,7 +67,8 @@ TEST(Decoy, PeaksMoveToTheDecoyFragmentsWithTheirSatellites) {
   const double y1 = Mass('K') + h2o + p;
   CSpectrum decoy = Target("AAJGTK", 3,
                            {Peak(1.5, 0.1), Peak(b2, 1.0, kPeakB, 2, 1), Peak(b2 + 1.0, 0.2),
-                            Peak(y1, 1.0, kPeakY, 1, 1), Peak(y1 + 1.0, 0.3),
+                            Peak(b2 + 2.3, 0.2), Peak(y1, 1.0, kPeakY, 1, 1),
+                            Peak(y1 + 1.0, 0.3), Peak(y1 + 2.1, 0.3),
                             Peak(160.0, 0.5, kPeakYCore, 0, 1), Peak(161.0, 0.4),
                             Peak(170.0, 0.4, 7, 0, 0)});
   builder->MakeDecoy(decoy);  // KJGTAA
@@ -76,12 +77,13 @@ TEST(Decoy, PeaksMoveToTheDecoyFragmentsWithTheirSatellites) {
   EXPECT_TRUE(std::is_sorted(mz.begin(), mz.end()));
   const double decoyB2 = Mass('K') + Mass('J') + p;
   const double decoyY1 = Mass('A') + h2o + p;
-  // Below 2.2 before any ion it stays; the satellites 1 Th above an ion move
-  // with it; the Y ion, a peak far above the last ion and an unknown type stay.
-  const std::vector<double> expected = {1.5,   decoyY1, decoyY1 + 1.0, 160.0, 161.0,
-                                        170.0, decoyB2, decoyB2 + 1.0};
+  // Below 2.2 before any ion it stays; the satellites 1 and 2.1 Th above an ion
+  // move with it, one 2.3 Th above stays; so do the Y ion, a peak far above the
+  // last ion and an unknown type.
+  const std::vector<double> expected = {1.5,      decoyY1,  decoyY1 + 1.0, decoyY1 + 2.1,
+                                        b2 + 2.3, 160.0, 161.0, 170.0, decoyB2, decoyB2 + 1.0};
   ASSERT_EQ(mz.size(), expected.size());
   for (std::size_t i = 0; i < mz.size(); ++i) EXPECT_NEAR(mz[i], expected[i], 1e-9) << i;
-  EXPECT_EQ(decoy.peaks[6].type, kPeakB);
-  EXPECT_EQ(decoy.peaks[6].position, 2u);
+  EXPECT_EQ(decoy.peaks[8].type, kPeakB);
+  EXPECT_EQ(decoy.peaks[8].position, 2u);
 }

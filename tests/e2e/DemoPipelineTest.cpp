@@ -41,104 +41,49 @@ struct CHit {
   double fdr;
 };
 
-// Generates the demo into one folder, installs the program into another and runs
-// both stages once for all tests of this file.
-class DemoPipelineTest : public ::testing::Test {
- protected:
-  static void SetUpTestSuite() {
-    dir_ = new TempDir();
-    std::string bin = *dir_ / "bin";
-    std::string data = *dir_ / "data";
-    std::filesystem::create_directories(bin);
-    std::string exe = testutil::InstallProgram(bin);
-    generator_ = new testutil::RunResult(testutil::RunProgram(
-        QUORIN_DATAGEN, "", ".", {"demo", data, "--masstable", bin + "/MassTable.ini"}));
-    run_ = new testutil::RunResult(testutil::RunProgram(exe, data + "/demo.conf\n"));
-  }
-  static void TearDownTestSuite() { delete run_; delete generator_; delete dir_; }
-
-  static std::string Data(const std::string& name) { return *dir_ / ("data/" + name); }
-
-  static std::map<std::string, CTruth> Truth() {
-    std::map<std::string, CTruth> truth;
-    for (const auto& line : ReadLines(Data("truth.tsv")))  // the heading adds a harmless entry
-      if (auto f = Fields(line); f.size() >= 9) truth[f[0]] = {f[1], f[2], f[4], std::atof(f[5].c_str()), f[6]};
-    return truth;
-  }
-
-  static std::vector<CHit> Hits() {
-    std::vector<CHit> hits;
-    auto lines = ReadLines(Data("demo_result.txt"));
-    for (std::size_t i = 1; i < lines.size(); ++i) {
-      auto f = Fields(lines[i]);
-      if (f.size() != 28) continue;
-      std::string sequence = f[5];
-      std::replace(sequence.begin(), sequence.end(), 'J', 'N');
-      hits.push_back({f[0], sequence, f[9], std::atof(f[8].c_str()), f[10], std::atof(f[19].c_str()),
-                      f[20] == "D", std::atof(f[27].c_str())});
-    }
-    return hits;
-  }
-
-  static bool IsCorrect(const CHit& hit, const std::map<std::string, CTruth>& truth) {
-    auto it = truth.find(hit.query);
-    return it != truth.end() && it->second.kind == "glyco" && !hit.decoy &&
-           hit.sequence == it->second.peptide && hit.site == it->second.site;
-  }
-
-  static TempDir* dir_;
-  static testutil::RunResult* generator_;
-  static testutil::RunResult* run_;
-};
-
-TempDir* DemoPipelineTest::dir_ = nullptr;
-testutil::RunResult *DemoPipelineTest::generator_ = nullptr, *DemoPipelineTest::run_ = nullptr;
-
-TEST_F(DemoPipelineTest, RunsBothStagesAndDropsUnmarkedIdentifications) {
-  ASSERT_EQ(generator_->exitCode, 0) << generator_->output;
-  ASSERT_EQ(run_->exitCode, 0) << run_->output;
-  for (const char* line : {">> Constructing:", ">> Searching:", ">> Estimating FDR.", "Finish!"})
-    EXPECT_NE(run_->output.find(line), std::string::npos) << line;
-  EXPECT_TRUE(testutil::FileExists(Data("demo_libcomp.txt")));
-
-  // The generator mixes in lines without the mark and lines with a deamidation
-  // off the sequon: the reader keeps some of the records, not all.
-  std::size_t records = 0;
-  for (const auto& line : ReadLines(Data("lib_ids.txt"))) records += !line.empty();
-  const std::size_t at = run_->output.find(" identified spectra.");
-  ASSERT_NE(at, std::string::npos);
-  const std::size_t kept = std::stoul(run_->output.substr(run_->output.rfind('\t', at) + 1));
-  EXPECT_GT(kept, 0u);
-  EXPECT_LT(kept, records - 1);  // the heading is no record
+std::map<std::string, CTruth> Truth(const std::string& path) {
+  std::map<std::string, CTruth> truth;
+  for (const auto& line : ReadLines(path))  // the heading adds a harmless entry
+    if (auto f = Fields(line); f.size() >= 9) truth[f[0]] = {f[1], f[2], f[4], std::atof(f[5].c_str()), f[6]};
+  return truth;
 }
 
-TEST_F(DemoPipelineTest, LibraryHoldsTargetDecoyPairs) {
-  // Name, sequence, mass and charge of each entry, in file order.
-  std::vector<std::vector<std::string>> entries;
-  for (const auto& line : ReadLines(Data("demo.quolib"))) {
-    if (line.rfind("SpectrumName=", 0) == 0) entries.emplace_back(1, line.substr(13));
-    for (const char* key : {"Sequence=", "PrecursorIonMass=", "Charge="})
-      if (!entries.empty() && line.rfind(key, 0) == 0) entries.back().push_back(line.substr(std::string(key).size()));
+std::vector<CHit> Hits(const std::vector<std::string>& lines) {
+  std::vector<CHit> hits;
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    auto f = Fields(lines[i]);
+    if (f.size() != 28) continue;
+    std::string sequence = f[5];
+    std::replace(sequence.begin(), sequence.end(), 'J', 'N');
+    hits.push_back({f[0], sequence, f[9], std::atof(f[8].c_str()), f[10], std::atof(f[19].c_str()),
+                    f[20] == "D", std::atof(f[27].c_str())});
   }
-  // 200 peptide ions, a few of them with two sites and so two entries.
-  ASSERT_GE(entries.size(), 400u);
-  ASSERT_EQ(entries.size() % 2, 0u);
-  for (std::size_t i = 0; i + 1 < entries.size(); i += 2) {
-    const auto &target = entries[i], &decoy = entries[i + 1];
-    ASSERT_EQ(target.size(), 4u);
-    EXPECT_EQ(decoy, (std::vector<std::string>{"Decoy_" + target[0], decoy[1], target[2], target[3]}));
-    EXPECT_EQ(std::count(target[1].begin(), target[1].end(), 'J'), 1) << target[1];
-    EXPECT_EQ(std::count(decoy[1].begin(), decoy[1].end(), 'J'), 1) << decoy[1];
-    EXPECT_NE(decoy[1], target[1]);
-  }
+  return hits;
 }
 
-TEST_F(DemoPipelineTest, TrueGlycopeptidesRankOnTopWithTheirGlycan) {
-  auto truth = Truth();
-  auto hits = Hits();
+bool IsCorrect(const CHit& hit, const std::map<std::string, CTruth>& truth) {
+  auto it = truth.find(hit.query);
+  return it != truth.end() && it->second.kind == "glyco" && !hit.decoy &&
+         hit.sequence == it->second.peptide && hit.site == it->second.site;
+}
+
+// Generates the demo into one folder, installs the program into another and
+// runs all three stages.
+TEST(DemoPipelineTest, TrueGlycopeptidesRankOnTopWithTheirGlycan) {
+  TempDir dir;
+  const std::string bin = dir / "bin", data = dir / "data";
+  std::filesystem::create_directories(bin);
+  const std::string exe = testutil::InstallProgram(bin);
+  const auto generator = testutil::RunProgram(QUORIN_DATAGEN, "", ".",
+                                              {"demo", data, "--masstable", bin + "/MassTable.ini"});
+  ASSERT_EQ(generator.exitCode, 0) << generator.output;
+  const auto run = testutil::RunProgram(exe, data + "/demo.conf\n");
+  ASSERT_EQ(run.exitCode, 0) << run.output;
+  const auto truth = Truth(data + "/truth.tsv");
+  const auto lines = ReadLines(data + "/demo_result.txt");
+  const auto hits = Hits(lines);
   ASSERT_FALSE(hits.empty());
   // Every line has the FDR column, and the lines are ordered by ascending FDR.
-  const auto lines = ReadLines(Data("demo_result.txt"));
   EXPECT_EQ(hits.size() + 1, lines.size());
   EXPECT_EQ(Fields(lines[0]).size(), 28u);
   EXPECT_EQ(Fields(lines[0])[27], "FDR");

@@ -1,7 +1,6 @@
 #include "fdr/FdrEstimator.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <string>
 #include <vector>
@@ -105,7 +104,7 @@ TEST(FdrStage, EmptyCrlfLongDamagedAndMissingFiles) {
   EXPECT_EQ(RankFile(dir, "x", false), Lines{"x"});
 
   std::string path = dir / "absent.txt";
-  EXPECT_EXIT((::dup2(STDERR_FILENO, STDOUT_FILENO), RunOn(path)), testing::ExitedWithCode(1),
+  EXPECT_EXIT((testutil::PrintToStderr(), RunOn(path)), testing::ExitedWithCode(1),
               "^>> Estimating FDR[.]\nIdentification result file load error: failed to open "
               "result file " + path + "[.]tmp\n$");
 }

@@ -1,7 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <iostream>
 
 #include "ListTestSetup.h"
 #include "common/TestUtil.h"
@@ -84,8 +81,7 @@ TEST(LanvekSpecListIODeathTest, UnknownProteinOrPeptideEndsTheRun) {
   LanvekFiles files;
   auto run = [&files](const std::string& hit) {
     testutil::WriteFile(files.list, kHead + Spectrum("m.7.7.2.dta") + hit);
-    std::cout.flush();
-    ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    testutil::PrintToStderr();
     listtest::ReadList(kLanvek, files.list);
   };
   // All accessions decoys: the first one is looked up.

@@ -95,8 +95,9 @@ TEST(MascotSpecListIO, FaultyFilesGiveNoRecords) {
 }
 
 TEST(MascotSpecListIO, RealProteoQExport) {
+  SKIP_WITHOUT_REALDATA();
   const std::string path = testutil::RealData("proteoQ/F012345.csv");
-  if (!testutil::FileExists(path)) GTEST_SKIP() << "missing " << path;
+  if (!testutil::FileExists(path)) GTEST_SKIP() << "the collection lacks " << path;
   listtest::UseDefaultSettings();
   std::string out;
   const std::vector<CIdentifiedSpectrum> list = listtest::ReadListCaptured(kMascot, path, out);

@@ -133,6 +133,7 @@ TEST_F(MaxQuantReader, CodesShortRowsProgressAndFaults) {
 }
 
 TEST_F(MaxQuantReader, RealFiles) {
+  SKIP_WITHOUT_REALDATA();
   testutil::WriteFile(CParam::GetInstance().construction.mass_table_filename,
                       testutil::ReadFile(std::string(QUORIN_SOURCE_DIR) + "/data/MassTable.ini"));
   const std::pair<const char*, int> cases[] = {  // file, rows

@@ -1,7 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <iostream>
 
 #include "ListTestSetup.h"
 #include "common/TestUtil.h"
@@ -62,11 +59,6 @@ TEST(QuorinSpecListIODeathTest, WriteListReadsBackOrEndsTheRun) {
                 "x.6.6.3.dta 3 JGSAK 1,Deamidated[N]; 1NXS"}));
 
   writer.Init({dir / "no_such_dir/out.txt", 0.0, kQuorin});
-  EXPECT_EXIT(
-      {
-        std::cout.flush();
-        ::dup2(STDERR_FILENO, STDOUT_FILENO);
-        writer.WriteList({});
-      },
-      testing::ExitedWithCode(255), "Error when writing \".*out.txt\"\\.");
+  EXPECT_EXIT((testutil::PrintToStderr(), writer.WriteList({})), testing::ExitedWithCode(255),
+              "Error when writing \".*out.txt\"\\.");
 }

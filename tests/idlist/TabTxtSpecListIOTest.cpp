@@ -1,7 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <iostream>
 
 #include "ListTestSetup.h"
 #include "common/TestUtil.h"
@@ -56,14 +53,13 @@ TEST(TabTxtSpecListIODeathTest, FaultyLines) {
   EXPECT_NE(out.find("[Warning]: The modifications \"3\" of the spectrum b.1.1.2.dta"),
             std::string::npos) << out;
 
-  // A wrong count of tabs ends the run; the message goes to standard error
-  // here so that the death test can see it.
-  testutil::WriteFile(path, kHeading + "a.1.1.2.dta 2\tAANGTK\t3,N(Deamidated[N]);\n");
-  EXPECT_EXIT(
-      {
-        std::cout.flush();
-        ::dup2(STDERR_FILENO, STDOUT_FILENO);
-        listtest::ReadList(kTabTxt, path);
-      },
-      testing::ExitedWithCode(1), "^\\[Error\\] The format of the spectral identification list is wrong!\n$");
+  // A wrong count of tabs, too few or too many, ends the run.
+  for (const char* line : {"a.1.1.2.dta 2\tAANGTK\t3,N(Deamidated[N]);\n",
+                           "a.1.1.2.dta\t2\tAANGTK\t3,N(Deamidated[N]);\tx\n"}) {
+    testutil::WriteFile(path, kHeading + line + "c.1.1.2.dta" + kMarked + "\n");
+    EXPECT_EXIT((testutil::PrintToStderr(), listtest::ReadList(kTabTxt, path)),
+                testing::ExitedWithCode(1),
+        "^\\[Error\\] The format of the spectral identification list is wrong!\n$")
+        << line;
+  }
 }

@@ -42,17 +42,4 @@ TEST(Modification, MalformedTextStopsAndKeepsWhatWasRead) {
   EXPECT_EQ(list.size(), 1u);
 }
 
-TEST(Modification, ListObjectOperations) {
-  CModificationList mods;
-  mods.AddModification(4, "Oxidation[M]");
-  mods.AddModification(2, "Deamidated[N]");
-  EXPECT_EQ(mods.ModificationsToString(), "4,Oxidation[M];2,Deamidated[N];");
-  mods.SortModifications();
-  ASSERT_NE(mods.GetModification(1), nullptr);
-  EXPECT_EQ(mods.GetModification(1)->name, "Oxidation[M]");
-  EXPECT_EQ(mods.GetModification(2), nullptr);
-  EXPECT_TRUE(mods.ParseModifications("-"));
-  EXPECT_EQ(mods.GetModification(0), nullptr);
-}
-
 }  // namespace

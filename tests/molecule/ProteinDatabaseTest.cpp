@@ -63,6 +63,7 @@ TEST(ProteinDatabase, FindPeptideFlanksAndMessages) {
 }
 
 TEST(ProteinDatabase, RealFastaFiles) {
+  SKIP_WITHOUT_REALDATA();
   const std::pair<const char*, const char*> cases[] = {  // file, a piece of Load's summary
       {"crux-toolkit/small-yeast.fasta", "1||"}, {"OpenMS/FileInfo_17_input.fasta", "1||"},
       {"OpenMS/PeptideIndexer_1.fasta", ";BSA2=EWATYTCVLGFHVYVPVR;"},

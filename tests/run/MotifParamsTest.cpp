@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <regex>
 #include <string>
 #include <vector>
 
+#include "common/TestUtil.h"
 #include "run/Motif.h"
 #include "run/Param.h"
 
@@ -48,9 +48,8 @@ TEST(MotifParams, AddedYIonsAndInvalidPieces) {
   EXPECT_EQ(YIons("Y12"), (std::vector<uint32_t>{1}));  // one digit only
   EXPECT_TRUE(YIons("y1").empty());
   EXPECT_EQ(YIons("X1,Y,,Yx,3,Y3"), (std::vector<uint32_t>{3}));
-  // Death tests watch standard error; the program speaks on standard output.
-  auto motifs = [](const std::string& v) { ::dup2(2, 1); WithMotifs(v); };
-  auto yIons = [](const std::string& v) { ::dup2(2, 1); YIons(v); };
+  auto motifs = [](const std::string& v) { testutil::PrintToStderr(); WithMotifs(v); };
+  auto yIons = [](const std::string& v) { testutil::PrintToStderr(); YIons(v); };
   const std::string motif = "^The input N-linked Glycan motif ";
   const std::string yIon = "^The valid Y ions are Y0-Y5, but the input is ";
   const auto status1 = testing::ExitedWithCode(1);

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <map>
 #include <optional>
@@ -63,7 +62,7 @@ void ExpectFault(const std::string& text, const std::string& message, int status
   std::string escaped;
   for (char c : message) escaped += std::string(".[]()*+?{}|$^\\").find(c) == std::string::npos
                                         ? std::string(1, c) : std::string("[") + c + "]";
-  EXPECT_EXIT((::dup2(2, 1), Load(dir / "run.conf")), testing::ExitedWithCode(status),
+  EXPECT_EXIT((testutil::PrintToStderr(), Load(dir / "run.conf")), testing::ExitedWithCode(status),
               "^" + escaped + "$");
 }
 

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -59,7 +58,7 @@ TEST(DtaIOTest, DirectoryListsDtaFilesByNameWithOrWithoutTrailingSeparator) {
   EXPECT_FALSE(io.ReadByName("missing.dta", out));
   testing::internal::GetCapturedStdout();
 
-  EXPECT_EXIT((dup2(2, 1), io.OpenRead("/nonexistent/where.dta//")), testing::ExitedWithCode(1),
+  EXPECT_EXIT((testutil::PrintToStderr(), io.OpenRead("/nonexistent/where.dta//")), testing::ExitedWithCode(1),
               "^\nCDtaIO error: Invalid file or directory /nonexistent/where.dta//\n$");
 }
 

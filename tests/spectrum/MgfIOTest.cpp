@@ -107,21 +107,6 @@ TEST(MgfIO, CrlfFailingPeakLinesAndBrokenBlocks) {
   EXPECT_EQ(overlong.spectra[0].peaks.size(), 2u);
 }
 
-TEST(MgfIO, MissingFileAndUnknownNamesAreReportedAndTheRunGoesOn) {
-  testutil::TempDir dir;
-  CMgfIO io;
-  testing::internal::CaptureStdout();
-  io.OpenRead(dir / "missing.mgf");
-  std::vector<CSpectrum> out;
-  EXPECT_EQ(io.Count(), 0u);
-  EXPECT_FALSE(io.ReadNext(out));
-  EXPECT_FALSE(io.ReadByName("nope", out));
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "\nCMulSpecIO error: failed to open spec file " + (dir / "missing.mgf") +
-                "\n\n[Warning]: Unable to load spectrum nope\n");
-  EXPECT_TRUE(out.empty());
-}
-
 TEST(MgfIO, WriterBlockAndItsChangeOfTheRecord) {
   testutil::TempDir dir;
   CSpectrum s;

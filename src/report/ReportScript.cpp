@@ -169,7 +169,7 @@ function ionColor(p, shifted) {
 function oxoniumName(mz) {
   let best = null;
   for (const [m, name] of OXONIUM) if (Math.abs(m - mz) < 0.05) best = name;
-  return mz.toFixed(3) + (best ? ' ' + best : '');
+  return best || mz.toFixed(2);
 }
 // The decoded spectra of hit i, or null when it has none.
 function hitSpectra(i) {
@@ -187,19 +187,21 @@ function hitSpectra(i) {
 // ---- the mirror plot
 // Labels go above (or below) their peak, moved further out until they overlap
 // no label placed before; stronger peaks are placed first.
-function placeLabels(items, up, limit) {
+// A label stays inside the plot's width, [left, right].
+function placeLabels(items, up, limit, left, right) {
   const placed = [];
   items.sort((a, b) => b.strength - a.strength);
   for (const it of items) {
-    const w = it.label.length * 6 + 2, h = 11;
+    const w = it.label.length * 6.6 + 4, h = 11;
+    it.lx = Math.min(Math.max(it.x, left + w / 2), right - w / 2);
     let y = up ? it.y - 3 : it.y + 11;
     for (let tries = 0; tries < 40; tries++) {
-      const clash = placed.some(p => Math.abs(p.x - it.x) * 2 < p.w + w && Math.abs(p.y - y) < h);
+      const clash = placed.some(p => Math.abs(p.x - it.lx) * 2 < p.w + w && Math.abs(p.y - y) < h);
       if (!clash) break;
       y += up ? -h : h;
     }
     if (up) y = Math.max(y, limit); else y = Math.min(y, limit);
-    placed.push({ x: it.x, y: y, w: w });
+    placed.push({ x: it.lx, y: y, w: w });
     it.ly = y;
   }
 }
@@ -230,7 +232,6 @@ function drawMirror(holder, i, range) {
   const upY = r => mid - r * half, downY = r => mid + r * half;
   const axis = el('g', { class: 'axis' }, svg);
   for (const t of ticks(lo, hi, 10)) {
-    el('line', { x1: sx(t), x2: sx(t), y1: mid, y2: mid + 4 }, axis);
     text(axis, sx(t), H - 12, fmt(t), { 'text-anchor': 'middle' });
     el('line', { class: 'grid', x1: sx(t), x2: sx(t), y1: mid - half, y2: mid + half }, axis);
   }
@@ -239,9 +240,10 @@ function drawMirror(holder, i, range) {
     text(axis, box.left - 5, downY(r) + 4, r * 100 + ' %', { 'text-anchor': 'end' });
   }
   el('line', { x1: box.left, x2: box.left + box.width, y1: mid, y2: mid }, axis);
-  text(axis, box.left + 4, mid - half - 8, 'query ' + row[C.query]);
-  text(axis, box.left + 4, mid + half + 18, 'library ' + row[C.library] + ' (b/y ions with the glycan drawn at m/z + Δmass / z)');
-  text(axis, box.left + box.width, H - 12, 'm/z', { 'text-anchor': 'end' });
+  const side = (label, y) => text(axis, 14, y, label, { 'text-anchor': 'middle', transform: `rotate(-90 14 ${y})` });
+  side('query ' + row[C.query], mid - half / 2);
+  side('library ' + row[C.library], mid + half / 2);
+  text(axis, box.left + box.width + 4, mid + 4, 'm/z');
   el('clipPath', { id: 'mirrorclip' }, svg).appendChild(el('rect', { x: box.left, y: 0, width: box.width, height: H }));
   const peaksG = el('g', { 'clip-path': 'url(#mirrorclip)' }, svg);
   const inView = x => x >= lo && x <= hi;
@@ -262,7 +264,7 @@ function drawMirror(holder, i, range) {
       stick(x, mid, upY(p.rel), color, 1.6, `${ionName(lp)}${shifted ? ' with the glycan' : ''}  m/z ${p.mz.toFixed(4)}  ${(p.rel * 100).toFixed(1)} %`);
       upLabels.push({ x: x, y: upY(p.rel), label: ionName(lp), color: color, cls: 'ion' + (shifted ? ' shifted' : ''), strength: p.rel + 2 });
     } else if (oxonium.has(q)) {
-      stick(x, mid, upY(p.rel), COLORS.o, 1.6, `oxonium ion  m/z ${p.mz.toFixed(4)}  ${(p.rel * 100).toFixed(1)} %`);
+      stick(x, mid, upY(p.rel), COLORS.o, 1.6, `oxonium ion ${oxoniumName(p.mz)}  m/z ${p.mz.toFixed(4)}  ${(p.rel * 100).toFixed(1)} %`);
       upLabels.push({ x: x, y: upY(p.rel), label: oxoniumName(p.mz), color: COLORS.o, cls: 'oxo', strength: p.rel + 1 });
     } else {
       stick(x, mid, upY(p.rel), COLORS.none, 1, `m/z ${p.mz.toFixed(4)}  ${(p.rel * 100).toFixed(1)} %  (unmatched)`);
@@ -281,12 +283,12 @@ function drawMirror(holder, i, range) {
       stick(x, mid, downY(p.rel), p.type < 4 ? '#ccc' : '#ddd', 1, `${name ? name + ' (not matched)' : '(unannotated)'}  m/z ${p.mz.toFixed(4)}  ${(p.rel * 100).toFixed(1)} %`);
     }
   }
-  placeLabels(upLabels, true, 12);
-  placeLabels(downLabels, false, H - 30);
-  const labelG = el('g', { 'clip-path': 'url(#mirrorclip)' }, svg);
+  placeLabels(upLabels, true, 12, box.left, box.left + box.width);
+  placeLabels(downLabels, false, H - 30, box.left, box.left + box.width);
+  const labelG = el('g', {}, svg);
   for (const [items, up] of [[upLabels, true], [downLabels, false]]) for (const it of items) {
-    if (Math.abs(it.ly - it.y) > 14) el('line', { x1: it.x, x2: it.x, y1: it.y + (up ? -1 : 1), y2: it.ly + (up ? 2 : -10), stroke: it.color, 'stroke-width': 0.5, 'stroke-dasharray': '2 2' }, labelG);
-    text(labelG, it.x, it.ly, it.label, { class: it.cls, fill: it.color, 'text-anchor': 'middle', 'font-size': 10 });
+    if (Math.abs(it.ly - it.y) > 14 || it.lx !== it.x) el('line', { x1: it.x, x2: it.lx, y1: it.y + (up ? -1 : 1), y2: it.ly + (up ? 2 : -10), stroke: it.color, 'stroke-width': 0.5, 'stroke-dasharray': '2 2' }, labelG);
+    text(labelG, it.lx, it.ly, it.label, { class: it.cls, fill: it.color, 'text-anchor': 'middle', 'font-size': 10 });
   }
   // Dragging across the plot zooms into that m/z range; a double click shows all.
   let start = null;
@@ -360,6 +362,7 @@ function drawGlycan(holder, name) {
 // ---- one hit
 const byRank = new Map(hits.map((h, i) => [String(h[C.rank]), i]));
 function openHit(i) {
+  const started = performance.now();
   const row = hits[i], panel = document.getElementById('hit');
   panel.hidden = false;
   panel.textContent = '';
@@ -371,12 +374,13 @@ function openHit(i) {
   const next = html('button', { textContent: 'next ▶', disabled: at < 0 || at + 1 >= view.length }, h);
   prev.onclick = () => showHit(view[at - 1]);
   next.onclick = () => showHit(view[at + 1]);
-  html('button', { textContent: 'close', onclick: () => { history.replaceState(null, '', '#hits'); panel.hidden = true; markOpen(-1); } }, h);
+  html('button', { textContent: 'close ✕', onclick: closeHit }, h);
   const meta = html('div', { className: 'hitmeta' }, panel);
-  const pep = html('div', {}, meta);
+  const left = html('div', {}, meta);
+  const pep = html('div', {}, left);
   drawPeptide(pep, i);
   html('div', { className: 'hint', textContent: `site ${row[C.site]} (${row[C.motif] || 'no motif'}), modifications ${row[C.mods]}` }, pep);
-  const gly = html('div', {}, meta);
+  const gly = html('div', { className: 'glycanbox' }, left);
   drawGlycan(gly, row[C.glycan]);
   html('div', { className: 'hint', textContent: `composition Hex-HexNAc-NeuAc-NeuGc-dHex ${row[C.glycan]}, ${row[C.glycanMass]} Da` }, gly);
   const facts = html('table', { className: 'facts' }, meta);
@@ -398,16 +402,21 @@ function openHit(i) {
   }
   const plot = html('div', {}, panel);
   drawMirror(plot, i, null);
-  html('div', { className: 'hint', textContent: 'Drag across the plot to zoom into an m/z range, double-click to see all. Query intensities relative to its base peak as read; peaks under 0.5 % of it are left out unless matched.' }, panel);
-  html('div', { className: 'hint', textContent: 'DPSIon: ' + row[C.dpsIons] }, panel);
+  html('div', { className: 'hint', textContent: 'b/y ions matched with the glycan are drawn in the library spectrum where they matched: at their m/z + Δmass / z. Drag across the plot to zoom into an m/z range, double-click to see all; ← and → step through the hits, Esc closes. Query intensities relative to its base peak as read; peaks under 0.5 % of it are left out unless matched.' }, panel);
+  html('div', { className: 'hint ions', textContent: 'DPSIon: ' + row[C.dpsIons] }, panel);
   markOpen(i);
+  console.info(`QuorinGlyco report: hit ${row[C.rank]} drawn in ${Math.round(performance.now() - started)} ms`);
 }
 function showHit(i) { if (i !== undefined) location.hash = 'hit=' + hits[i][C.rank]; }
 function openFromHash() {
   const m = /^#hit=(\d+)$/.exec(location.hash);
   if (!m || !byRank.has(m[1])) return;
   openHit(byRank.get(m[1]));
-  document.getElementById('hit').scrollIntoView();
+}
+function closeHit() {
+  history.replaceState(null, '', '#hits');
+  document.getElementById('hit').hidden = true;
+  markOpen(-1);
 }
 
 // ---- the hit table
@@ -505,6 +514,7 @@ document.querySelector('#hittable tbody').addEventListener('click', ev => {
 });
 document.addEventListener('keydown', ev => {
   if (openIndex < 0 || ev.target.tagName === 'INPUT') return;
+  if (ev.key === 'Escape') closeHit();
   const at = view.indexOf(openIndex);
   if (ev.key === 'ArrowRight' && at + 1 < view.length) showHit(view[at + 1]);
   if (ev.key === 'ArrowLeft' && at > 0) showHit(view[at - 1]);
@@ -515,6 +525,9 @@ drawFdrCurve();
 buildControls();
 refresh();
 window.addEventListener('hashchange', openFromHash);
+// How long the page took to become usable, from the start of loading; the
+// number is what a 20,000-hit report is measured by.
+console.info(`QuorinGlyco report: ${hits.length} hits ready after ${Math.round(performance.now())} ms`);
 openFromHash();
 })();
 )JS";

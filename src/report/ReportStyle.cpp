@@ -19,7 +19,7 @@ details { margin-top: .8em; }
 figure { margin: 0; }
 figure svg, #hit svg { font: 11px system-ui, sans-serif; }
 .axis line, .axis path { stroke: #444; }
-.grid { stroke: #ddd; }
+.axis line.grid { stroke: #e4e4e4; }
 #hitcontrols { display: flex; flex-wrap: wrap; gap: .8em; align-items: center; margin-bottom: .4em; }
 #hitcontrols input[type=text] { width: 9em; }
 #hitcontrols input[type=number] { width: 5em; }
@@ -35,12 +35,15 @@ figure svg, #hit svg { font: 11px system-ui, sans-serif; }
 #hittable tr.decoy td { color: #a33; }
 #pager { margin: .5em 0; }
 #pager button { margin: 0 .3em; }
-#hit { border: 1px solid #ccc; border-radius: 6px; padding: .6em 1em 1em; margin: 1em 0; background: #fcfcfc; }
+#hit { position: fixed; top: 2.4em; left: 1em; right: 1em; bottom: .8em; overflow: auto; z-index: 5; border: 1px solid #bbb; border-radius: 6px; padding: .4em 1em 1em; background: #fff; box-shadow: 0 4px 24px rgba(0,0,0,.25); }
 #hit h2 { margin-top: .2em; display: flex; gap: .6em; align-items: center; flex-wrap: wrap; }
 #hit h2 .grow { flex: 1; }
-.hitmeta { display: flex; flex-wrap: wrap; gap: 1.5em; align-items: flex-start; }
+.hitmeta { display: flex; gap: 2em; align-items: flex-start; justify-content: space-between; }
+.hitmeta table.facts { font-size: 12.5px; }
+.glycanbox { display: flex; gap: 1em; align-items: center; }
 .legend { display: flex; flex-wrap: wrap; gap: 1em; font-size: 12px; color: #444; margin: .3em 0; }
 .legend span::before { content: ""; display: inline-block; width: 12px; height: 3px; margin-right: 4px; vertical-align: middle; background: var(--c); }
 .mirror { width: 100%; max-width: 1200px; height: auto; cursor: crosshair; }
 .hint { color: #777; font-size: 12px; }
+.ions { word-break: break-all; }
 )CSS";

@@ -146,7 +146,7 @@ int WriteHtmlReport(const CReportRequest& request) {
   std::string note;
   const Json summary = ReadRunSummary(request.summaryPath, note);
   if (!note.empty()) notes.push_back(note);
-  const Json qvalues = QValueCurves(request.qvaluesPath, note);
+  const CQValues qvalues = ReadQValues(request.qvaluesPath, note);
   if (!note.empty()) notes.push_back(note);
 
   CHitSpectra spectra;
@@ -184,6 +184,11 @@ int WriteHtmlReport(const CReportRequest& request) {
   for (const CRankedHit& hit : results.shown) {
     Json row = hit.fields;
     row.push_back(hit.rank);
+    // With a q-value file: its four values for the hit's query, after the rank.
+    if (!qvalues.curves.is_null()) {
+      const auto found = qvalues.byQuery.find(hit.fields[resultcol::kQuery]);
+      row.push_back(found != qvalues.byQuery.end() ? Json(found->second) : Json(std::vector<std::string>(4)));
+    }
     hits.push_back(std::move(row));
   }
   const Json data = {{"hits", std::move(hits)},
@@ -191,7 +196,7 @@ int WriteHtmlReport(const CReportRequest& request) {
                      {"cut", request.topN > 0 ? "first " + std::to_string(request.topN) : "FDR ≤ 1 %"},
                      {"histogram", ScoreHistogram(results.all, kHistogramBins)},
                      {"fdr", FdrCurve(results.all)},
-                     {"qvalues", qvalues}};
+                     {"qvalues", qvalues.curves}};
   page.dataJson = JsonForScript(data.dump(-1, ' ', false, Json::error_handler_t::replace));
 
   if (!WriteAtomically(request.outPath, page, error)) return Fail(error);

@@ -8,11 +8,14 @@ const char* const kReportScript = R"JS(
 (function () {
 const data = JSON.parse(document.getElementById('report-data').textContent);
 const hits = data.hits;
-// Columns of a hit row: the 28 of the ranked result file, then the rank.
+// Columns of a hit row: the 28 of the ranked result file, the rank, and with a
+// q-value file the hit's [PeptideQ, GlycanQ, GlycopeptideQ, IsobaricGlycans].
 const C = { query: 0, library: 1, queryMH: 2, libraryMH: 3, charge: 4, sequence: 5, mods: 6,
   shift: 7, glycanMass: 8, glycan: 9, site: 10, motif: 11, candidates: 12, yIons: 13,
   pepIons: 15, dps: 17, ps: 18, score: 19, td: 20, dpsIons: 21, protein: 23, previous: 24,
-  last: 25, start: 26, fdr: 27, rank: 28 };
+  last: 25, start: 26, fdr: 27, rank: 28, q: 29, glycopeptideQ: 30 };
+// The glycopeptide q-value as a column of its own, for the table to sort by.
+if (data.qvalues) for (const row of hits) row.push(row[C.q][2]);
 const NS = 'http://www.w3.org/2000/svg';
 const COLORS = { b: '#1f77b4', bg: '#17becf', y: '#d62728', yg: '#e377c2', Y: '#2ca02c',
   o: '#ff7f0e', other: '#8c564b', none: '#b8b8b8' };
@@ -387,6 +390,11 @@ function openHit(i) {
   const fact = (k, v) => { const tr = html('tr', {}, facts); html('th', { textContent: k }, tr); html('td', { textContent: v }, tr); };
   fact('score (DPS × PS)', `${row[C.score]} (${row[C.dps]} × ${row[C.ps]})`);
   fact('FDR', row[C.fdr] + (row[C.td] === 'D' ? ' — decoy hit' : ' — target hit'));
+  if (data.qvalues) {
+    const [pq, gq, gpq, isobaric] = row[C.q];
+    fact('q-values', `peptide ${pq || '—'}, glycan ${gq || '—'}, glycopeptide ${gpq || '—'}`);
+    if (isobaric) fact('isobaric glycans', isobaric);
+  }
   fact('query [M+H]+', row[C.queryMH]);
   fact('library [M+H]+', `${row[C.libraryMH]} (entry ${row[C.library]})`);
   fact('mass shift', row[C.shift]);
@@ -425,6 +433,7 @@ const COLUMNS = [
   ['z', C.charge, true], ['glycan', C.glycan], ['site', C.site], ['protein', C.protein],
   ['score', C.score, true], ['FDR', C.fdr, true], ['T/D', C.td], ['b/y', C.pepIons, true],
   ['Y', C.yIons, true]];
+if (data.qvalues) COLUMNS.splice(10, 0, ['q', C.glycopeptideQ, true]);
 const numbers = COLUMNS.filter(c => c[2]).map(c => c[1]);
 const numeric = hits.map(r => { const o = {}; for (const k of numbers) o[k] = parseFloat(r[k]); return o; });
 const PAGE = 500;

@@ -10,6 +10,8 @@
 
 namespace {
 const char* const kQColumns[] = {"PeptideQ", "GlycanQ", "GlycopeptideQ"};
+// The columns a hit shows, in this order.
+const char* const kHitColumns[] = {"PeptideQ", "GlycanQ", "GlycopeptideQ", "IsobaricGlycans"};
 
 std::vector<std::string> SplitTabs(const std::string& line) {
   std::vector<std::string> fields(1);
@@ -70,25 +72,28 @@ nlohmann::json FdrCurve(const std::vector<CScorePoint>& all) {
   return StepPoints(fdrs);
 }
 
-nlohmann::json QValueCurves(const std::string& path, std::string& note) {
+CQValues ReadQValues(const std::string& path, std::string& note) {
   note.clear();
-  if (GetPathKind(path) == PathKind::Missing) return nullptr;
+  CQValues q;
+  if (path.empty() || GetPathKind(path) == PathKind::Missing) return q;
   std::ifstream in(path, std::ios::binary);
   std::string line;
   if (!in.is_open() || !ReadLine(in, line, nullptr, 1 << 20)) {
     note = "the q-value file " + path + " could not be read";
-    return nullptr;
+    return q;
   }
   const std::vector<std::string> header = SplitTabs(line);
+  auto columnOf = [&header](const char* name) {
+    return static_cast<std::size_t>(std::find(header.begin(), header.end(), name) - header.begin());
+  };
   std::vector<std::pair<std::string, std::size_t>> columns;
-  for (const char* name : kQColumns) {
-    const auto at = std::find(header.begin(), header.end(), name);
-    if (at != header.end()) columns.emplace_back(name, static_cast<std::size_t>(at - header.begin()));
-  }
+  for (const char* name : kQColumns)
+    if (columnOf(name) < header.size()) columns.emplace_back(name, columnOf(name));
   if (columns.empty()) {
     note = "the q-value file " + path + " has none of the columns PeptideQ, GlycanQ, GlycopeptideQ";
-    return nullptr;
+    return q;
   }
+  const std::size_t queryColumn = columnOf("QuerySpecName");
   std::vector<std::vector<double>> values(columns.size());
   while (ReadLine(in, line, nullptr, 1 << 20)) {
     const std::vector<std::string> fields = SplitTabs(line);
@@ -99,11 +104,15 @@ nlohmann::json QValueCurves(const std::string& path, std::string& note) {
       const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
       if (result.ec == std::errc() && std::isfinite(value)) values[c].push_back(value);
     }
+    if (queryColumn >= fields.size() || q.byQuery.contains(fields[queryColumn])) continue;
+    std::vector<std::string>& shown = q.byQuery[fields[queryColumn]];
+    for (const char* name : kHitColumns)
+      shown.push_back(columnOf(name) < fields.size() ? fields[columnOf(name)] : std::string());
   }
-  nlohmann::json curves = nlohmann::json::object();
+  q.curves = nlohmann::json::object();
   for (std::size_t c = 0; c < columns.size(); ++c) {
     std::sort(values[c].begin(), values[c].end());
-    curves[columns[c].first] = StepPoints(values[c]);
+    q.curves[columns[c].first] = StepPoints(values[c]);
   }
-  return curves;
+  return q;
 }

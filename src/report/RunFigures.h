@@ -1,5 +1,6 @@
 #pragma once
 #include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -22,7 +23,14 @@ nlohmann::json ScoreHistogram(const std::vector<CScorePoint>& all, std::size_t b
 // [accepted, fdr] where the FDR changes, and the last one.
 nlohmann::json FdrCurve(const std::vector<CScorePoint>& all);
 
-// The q-value columns of the q-value file, each as [accepted, q] points where
-// the q-value changes: {"PeptideQ":[[n,q],...], ...}. A missing file gives
-// null; `note` tells of a file that exists but could not be used.
-nlohmann::json QValueCurves(const std::string& path, std::string& note);
+// What the report takes from the q-value file.
+struct CQValues {
+  // Each q-value column as [accepted, q] points where the q-value changes:
+  // {"PeptideQ":[[n,q],...], ...}; null when the file is missing or unusable.
+  nlohmann::json curves;
+  // Per query spectrum (its first line): PeptideQ, GlycanQ, GlycopeptideQ and
+  // IsobaricGlycans as written, "" where a column is missing.
+  std::map<std::string, std::vector<std::string>> byQuery;
+};
+// `note` tells of a file that exists but could not be used.
+CQValues ReadQValues(const std::string& path, std::string& note);

@@ -34,5 +34,6 @@ void WriteReportPage(const CReportPage& page, std::ostream& out) {
       << "<script type=\"application/json\" id=\"report-data\">" << page.dataJson << "</script>\n"
       << "<script type=\"text/plain\" id=\"library-peaks\">\n" << page.libraryLines << "</script>\n"
       << "<script type=\"text/plain\" id=\"hit-peaks\">\n" << page.hitLines << "</script>\n"
-      << "<script>\n" << kReportScript << "</script>\n</body>\n</html>\n";
+      << "<script>\n'use strict';\n(function () {\n" << kScriptBasics << kScriptFigures
+      << kScriptHitPanel << kScriptHitTable << "})();\n</script>\n</body>\n</html>\n";
 }

@@ -21,5 +21,10 @@ void WriteReportPage(const CReportPage& page, std::ostream& out);
 // JSON text that can stand inside a script element: every '<' written as \u003c.
 std::string JsonForScript(const std::string& json);
 
-extern const char* const kReportScript;
+// The page's style sheet, and its script in four parts that share one scope
+// (WriteReportPage puts them in one function, in this order).
 extern const char* const kReportStyle;
+extern const char* const kScriptBasics;
+extern const char* const kScriptFigures;
+extern const char* const kScriptHitPanel;
+extern const char* const kScriptHitTable;

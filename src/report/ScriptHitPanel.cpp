@@ -1,146 +1,9 @@
-// The report page's script: draws the figures, the hit table and, on demand,
-// the mirror plot of one hit as inline SVG from the data embedded in the page.
+// The page script: one hit, drawn when opened from the embedded spectra: the
+// annotated mirror plot, the peptide with its ion ladder, the glycan in symbols.
 // Plain browser JavaScript without libraries, so that the file stands alone.
 #include "report/ReportPage.h"
 
-const char* const kReportScript = R"JS(
-'use strict';
-(function () {
-const data = JSON.parse(document.getElementById('report-data').textContent);
-const hits = data.hits;
-// Columns of a hit row: the 28 of the ranked result file, the rank, and with a
-// q-value file the hit's [PeptideQ, GlycanQ, GlycopeptideQ, IsobaricGlycans].
-const C = { query: 0, library: 1, queryMH: 2, libraryMH: 3, charge: 4, sequence: 5, mods: 6,
-  shift: 7, glycanMass: 8, glycan: 9, site: 10, motif: 11, candidates: 12, yIons: 13,
-  pepIons: 15, dps: 17, ps: 18, score: 19, td: 20, dpsIons: 21, protein: 23, previous: 24,
-  last: 25, start: 26, fdr: 27, rank: 28, q: 29, glycopeptideQ: 30 };
-// The glycopeptide q-value as a column of its own, for the table to sort by.
-if (data.qvalues) for (const row of hits) row.push(row[C.q][2]);
-const NS = 'http://www.w3.org/2000/svg';
-const COLORS = { b: '#1f77b4', bg: '#17becf', y: '#d62728', yg: '#e377c2', Y: '#2ca02c',
-  o: '#ff7f0e', other: '#8c564b', none: '#b8b8b8' };
-const ION_LETTERS = ['b', 'y', 'Y', 'o', 'u'];
-// Oxonium ions the search takes out of a query, with the names they are known by.
-const OXONIUM = [[109.0284, 'Hex-3H2O'], [126.0550, 'HexNAc frag.'], [127.0390, 'Hex-2H2O'],
-  [138.0550, 'HexNAc frag.'], [144.0655, 'HexNAc frag.'], [145.0495, 'Hex-H2O'],
-  [163.0601, 'Hex'], [168.0655, 'HexNAc-2H2O'], [186.0761, 'HexNAc-H2O'], [204.0866, 'HexNAc'],
-  [274.0921, 'NeuAc-H2O'], [290.0870, 'NeuGc-H2O'], [292.1027, 'NeuAc'], [366.1395, 'HexHexNAc'],
-  [454.1555, 'HexNeuAc'], [512.1974, 'HexHexNAcdHex'], [528.1923, 'Hex2HexNAc'],
-  [657.2349, 'HexHexNAcNeuAc'], [673.2298, 'HexHexNAcNeuGc'], [690.2451, 'Hex3HexNAc'],
-  [803.2928, 'HexHexNAcdHexNeuAc'], [893.3245, 'Hex3HexNAc2']];
-
-function el(tag, attrs, parent) {
-  const e = document.createElementNS(NS, tag);
-  for (const k in attrs) e.setAttribute(k, attrs[k]);
-  if (parent) parent.appendChild(e);
-  return e;
-}
-function text(parent, x, y, s, attrs) {
-  const t = el('text', Object.assign({ x: x, y: y }, attrs || {}), parent);
-  t.textContent = s;
-  return t;
-}
-function html(tag, props, parent) {
-  const e = document.createElement(tag);
-  Object.assign(e, props || {});
-  if (parent) parent.appendChild(e);
-  return e;
-}
-function ticks(lo, hi, count) {
-  const span = hi - lo;
-  if (!(span > 0)) return [lo];
-  const raw = span / count, mag = Math.pow(10, Math.floor(Math.log10(raw)));
-  const step = [1, 2, 5, 10].map(f => f * mag).find(s => s >= raw) || raw;
-  const out = [];
-  for (let v = Math.ceil(lo / step) * step; v <= hi + step * 1e-9; v += step) out.push(+v.toPrecision(12));
-  return out;
-}
-function fmt(v) { return Math.abs(v) >= 1000 || Number.isInteger(v) ? String(Math.round(v)) : v.toPrecision(3).replace(/\.?0+$/, ''); }
-
-// A chart frame: plot area, scales and axes with ticks.
-function frame(svg, box, x0, x1, y0, y1, xLabel, yLabel) {
-  const sx = v => box.left + (v - x0) / (x1 - x0 || 1) * (box.width);
-  const sy = v => box.top + box.height - (v - y0) / (y1 - y0 || 1) * box.height;
-  const axis = el('g', { class: 'axis' }, svg);
-  for (const t of ticks(x0, x1, 6)) {
-    el('line', { x1: sx(t), x2: sx(t), y1: box.top + box.height, y2: box.top + box.height + 4 }, axis);
-    text(axis, sx(t), box.top + box.height + 15, fmt(t), { 'text-anchor': 'middle' });
-  }
-  for (const t of ticks(y0, y1, 5)) {
-    el('line', { class: 'grid', x1: box.left, x2: box.left + box.width, y1: sy(t), y2: sy(t) }, axis);
-    text(axis, box.left - 5, sy(t) + 4, fmt(t), { 'text-anchor': 'end' });
-  }
-  el('path', { d: `M${box.left},${box.top}V${box.top + box.height}H${box.left + box.width}`, fill: 'none' }, axis);
-  text(axis, box.left + box.width / 2, box.top + box.height + 32, xLabel, { 'text-anchor': 'middle' });
-  text(axis, 12, box.top + box.height / 2, yLabel,
-    { 'text-anchor': 'middle', transform: `rotate(-90 12 ${box.top + box.height / 2})` });
-  return { sx: sx, sy: sy };
-}
-function legend(svg, x, y, entries) {
-  entries.forEach(([label, color], i) => {
-    el('rect', { x: x, y: y + i * 16 - 9, width: 12, height: 10, fill: color, 'fill-opacity': 0.7 }, svg);
-    text(svg, x + 17, y + i * 16, label);
-  });
-}
-
-function drawHistogram() {
-  const h = data.histogram, fig = document.getElementById('histogram');
-  const svg = el('svg', { viewBox: '0 0 520 300', width: 520, height: 300, role: 'img' }, fig);
-  const bins = h.targets.length;
-  const top = Math.max(1, ...h.targets, ...h.decoys);
-  const box = { left: 55, top: 15, width: 445, height: 230 };
-  const f = frame(svg, box, h.edges[0], h.edges[bins], 0, top, 'score', 'result lines');
-  const bars = (counts, color, cls) => counts.forEach((n, i) => {
-    if (n === 0) return;
-    const r = el('rect', { class: cls, x: f.sx(h.edges[i]) + 0.5, y: f.sy(n),
-      width: Math.max(1, f.sx(h.edges[i + 1]) - f.sx(h.edges[i]) - 1), height: f.sy(0) - f.sy(n),
-      fill: color, 'fill-opacity': 0.55 }, svg);
-    el('title', {}, r).textContent = `${fmt(h.edges[i])}–${fmt(h.edges[i + 1])}: ${n}`;
-  });
-  bars(h.targets, '#1f77b4', 'target');
-  bars(h.decoys, '#d62728', 'decoy');
-  legend(svg, box.left + box.width - 90, box.top + 12, [['targets', '#1f77b4'], ['decoys', '#d62728']]);
-  html('figcaption', { textContent: 'Score distribution of target and decoy hits' }, fig);
-}
-
-function drawFdrCurve() {
-  const fig = document.getElementById('fdrcurve');
-  const curves = [['FDR', data.fdr, '#333']];
-  const qColors = { PeptideQ: '#1f77b4', GlycanQ: '#2ca02c', GlycopeptideQ: '#9467bd' };
-  if (data.qvalues) for (const k in data.qvalues) curves.push([k, data.qvalues[k], qColors[k] || '#888']);
-  const control = html('label', { textContent: 'FDR axis up to ' }, fig);
-  const choice = html('select', {}, control);
-  for (const v of ['0.05', '0.1', '0.25', '1']) html('option', { value: v, textContent: v * 100 + ' %' }, choice);
-  choice.value = '0.1';
-  let svg = null;
-  const draw = () => {
-    if (svg) svg.remove();
-    svg = el('svg', { viewBox: '0 0 520 300', width: 520, height: 300, role: 'img' });
-    fig.insertBefore(svg, control);
-    const yMax = +choice.value;
-    let xMax = 1;
-    for (const c of curves) if (c[1].length) xMax = Math.max(xMax, c[1][c[1].length - 1][0]);
-    const box = { left: 55, top: 15, width: 445, height: 230 };
-    const f = frame(svg, box, 0, xMax, 0, yMax, 'accepted hits', 'FDR / q-value');
-    el('clipPath', { id: 'fdrclip' }, svg).appendChild(el('rect', { x: box.left, y: box.top - 1, width: box.width, height: box.height + 1 }));
-    for (const level of [0.01, 0.05]) if (level < yMax)
-      el('line', { x1: box.left, x2: box.left + box.width, y1: f.sy(level), y2: f.sy(level),
-        stroke: '#999', 'stroke-dasharray': '4 3' }, svg);
-    curves.forEach(([name, points, color]) => {
-      if (!points.length) return;
-      let d = `M${f.sx(0)},${f.sy(points[0][1])}`;
-      for (const [n, v] of points) d += `H${f.sx(n)}V${f.sy(v)}`;
-      el('path', { d: d, fill: 'none', stroke: color, 'stroke-width': 1.6, 'clip-path': 'url(#fdrclip)', class: 'curve' }, svg);
-    });
-    legend(svg, box.left + 12, box.top + 12, curves.map(c => [c[0], c[2]]));
-  };
-  choice.addEventListener('change', draw);
-  draw();
-  html('figcaption', { textContent: 'FDR' + (data.qvalues ? ' and q-values' : '') +
-    ' against the number of accepted hits (dashed: 1 % and 5 %)' }, fig);
-}
-
-// ---- the embedded spectra
+const char* const kScriptHitPanel = R"JS(
 let libraryLines = null, hitLines = null;
 function linesOf(id) { return document.getElementById(id).textContent.split('\n').slice(1); }
 function decodePeaks(textLine) {
@@ -187,7 +50,6 @@ function hitSpectra(i) {
   return { library: library, query: query, matches: matches, oxonium: oxonium };
 }
 
-// ---- the mirror plot
 // Labels go above (or below) their peak, moved further out until they overlap
 // no label placed before; stronger peaks are placed first.
 // A label stays inside the plot's width, [left, right].
@@ -303,7 +165,6 @@ function drawMirror(holder, i, range) {
   svg.addEventListener('dblclick', () => drawMirror(holder, i, null));
 }
 
-// ---- peptide and glycan
 function drawPeptide(holder, i) {
   const row = hits[i], seq = row[C.sequence], L = seq.length;
   const site = parseInt(row[C.site], 10);
@@ -362,7 +223,6 @@ function drawGlycan(holder, name) {
   });
 }
 
-// ---- one hit
 const byRank = new Map(hits.map((h, i) => [String(h[C.rank]), i]));
 function openHit(i) {
   const started = performance.now();
@@ -426,117 +286,4 @@ function closeHit() {
   document.getElementById('hit').hidden = true;
   markOpen(-1);
 }
-
-// ---- the hit table
-const COLUMNS = [
-  ['#', C.rank, true], ['query', C.query], ['peptide', C.sequence], ['modifications', C.mods],
-  ['z', C.charge, true], ['glycan', C.glycan], ['site', C.site], ['protein', C.protein],
-  ['score', C.score, true], ['FDR', C.fdr, true], ['T/D', C.td], ['b/y', C.pepIons, true],
-  ['Y', C.yIons, true]];
-if (data.qvalues) COLUMNS.splice(10, 0, ['q', C.glycopeptideQ, true]);
-const numbers = COLUMNS.filter(c => c[2]).map(c => c[1]);
-const numeric = hits.map(r => { const o = {}; for (const k of numbers) o[k] = parseFloat(r[k]); return o; });
-const PAGE = 500;
-let view = hits.map((_, i) => i), page = 0, sortKey = C.rank, sortUp = true, openIndex = -1;
-const filters = {};
-function buildControls() {
-  const box = document.getElementById('hitcontrols');
-  html('span', { id: 'hitcount' }, box);
-  for (const [label, key] of [['peptide', C.sequence], ['protein', C.protein], ['glycan', C.glycan], ['query', C.query]]) {
-    const l = html('label', { textContent: label + ' ' }, box);
-    const input = html('input', { type: 'text', placeholder: 'contains' }, l);
-    input.addEventListener('input', () => { filters[key] = input.value.trim().toUpperCase(); refresh(); });
-  }
-  const l = html('label', { textContent: 'FDR ≤ ' }, box);
-  const fdr = html('input', { type: 'number', step: '0.001', min: '0', max: '1' }, l);
-  fdr.addEventListener('input', () => { filters.fdr = fdr.value === '' ? null : +fdr.value; refresh(); });
-  const td = html('select', {}, box);
-  for (const [v, t] of [['', 'targets and decoys'], ['T', 'targets'], ['D', 'decoys']]) html('option', { value: v, textContent: t }, td);
-  td.addEventListener('change', () => { filters.td = td.value; refresh(); });
-  const head = document.querySelector('#hittable thead'), tr = html('tr', {}, head);
-  for (const [label, key] of COLUMNS) {
-    const th = html('th', { textContent: label }, tr);
-    th.dataset.key = key;
-    th.addEventListener('click', () => { if (sortKey === key) sortUp = !sortUp; else { sortKey = key; sortUp = true; } refresh(); });
-  }
-}
-function refresh() {
-  view = [];
-  for (let i = 0; i < hits.length; i++) {
-    const r = hits[i];
-    let keep = true;
-    for (const key of [C.sequence, C.protein, C.glycan, C.query]) {
-      const f = filters[key];
-      if (f && !(key === C.sequence ? r[key].replace(/J/g, 'N') : r[key]).toUpperCase().includes(f)) keep = false;
-    }
-    if (filters.fdr != null && !(numeric[i][C.fdr] <= filters.fdr)) keep = false;
-    if (filters.td && r[C.td] !== filters.td) keep = false;
-    if (keep) view.push(i);
-  }
-  const isNumber = numbers.includes(sortKey), sign = sortUp ? 1 : -1;
-  view.sort((a, b) => {
-    const x = isNumber ? numeric[a][sortKey] : hits[a][sortKey], y = isNumber ? numeric[b][sortKey] : hits[b][sortKey];
-    return (x < y ? -1 : x > y ? 1 : 0) * sign || a - b;
-  });
-  page = Math.min(page, Math.max(0, Math.ceil(view.length / PAGE) - 1));
-  renderPage();
-}
-function renderPage() {
-  const body = document.querySelector('#hittable tbody');
-  const rows = [];
-  const first = page * PAGE, last = Math.min(view.length, first + PAGE);
-  for (let k = first; k < last; k++) {
-    const i = view[k], r = hits[i], tr = document.createElement('tr');
-    tr.dataset.hit = i;
-    if (r[C.td] === 'D') tr.className = 'decoy';
-    if (i === openIndex) tr.classList.add('open');
-    for (const [, key, isNumber] of COLUMNS) {
-      const td = document.createElement('td');
-      td.textContent = key === C.sequence ? r[key].replace(/J/g, 'N') : r[key];
-      if (isNumber) td.className = 'num';
-      tr.appendChild(td);
-    }
-    rows.push(tr);
-  }
-  body.replaceChildren(...rows);
-  document.getElementById('hitcount').textContent = `${view.length} of ${hits.length} hits (${data.cut})`;
-  for (const th of document.querySelectorAll('#hittable th'))
-    th.className = +th.dataset.key === sortKey ? (sortUp ? 'sorted-asc' : 'sorted-desc') : '';
-  const pager = document.getElementById('pager');
-  pager.textContent = '';
-  const pages = Math.ceil(view.length / PAGE);
-  if (pages > 1) {
-    html('button', { textContent: '◀', disabled: page === 0, onclick: () => { page--; renderPage(); } }, pager);
-    html('span', { textContent: `rows ${first + 1}–${last} of ${view.length}` }, pager);
-    html('button', { textContent: '▶', disabled: page + 1 >= pages, onclick: () => { page++; renderPage(); } }, pager);
-  }
-}
-function markOpen(i) {
-  openIndex = i;
-  for (const tr of document.querySelectorAll('#hittable tbody tr.open')) tr.classList.remove('open');
-  const tr = document.querySelector(`#hittable tbody tr[data-hit="${i}"]`);
-  if (tr) tr.classList.add('open');
-}
-document.querySelector('#hittable tbody').addEventListener('click', ev => {
-  const tr = ev.target.closest('tr');
-  if (tr) showHit(+tr.dataset.hit);
-});
-document.addEventListener('keydown', ev => {
-  if (openIndex < 0 || ev.target.tagName === 'INPUT') return;
-  if (ev.key === 'Escape') closeHit();
-  const at = view.indexOf(openIndex);
-  if (ev.key === 'ArrowRight' && at + 1 < view.length) showHit(view[at + 1]);
-  if (ev.key === 'ArrowLeft' && at > 0) showHit(view[at - 1]);
-});
-
-drawHistogram();
-drawFdrCurve();
-buildControls();
-refresh();
-window.addEventListener('hashchange', openFromHash);
-// How long the page took to become usable, from the start of loading; the
-// number is what a 20,000-hit report is measured by.
-console.info(`QuorinGlyco report: ${hits.length} hits ready after ${Math.round(performance.now())} ms`);
-openFromHash();
-})();
 )JS";

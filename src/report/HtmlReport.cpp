@@ -18,6 +18,7 @@
 #include "report/ReportPage.h"
 #include "report/RunFigures.h"
 #include "report/RunSummary.h"
+#include "run/Process.h"
 
 namespace {
 using Json = nlohmann::json;
@@ -149,6 +150,9 @@ int WriteHtmlReport(const CReportRequest& request) {
   const CQValues qvalues = ReadQValues(request.qvaluesPath, note);
   if (!note.empty()) notes.push_back(note);
 
+  for (const CDatasetFile& dataset : request.queryDatasets)
+    if (GetPathKind(dataset.pathname) == PathKind::Missing)
+      notes.push_back("the query dataset " + dataset.pathname + " is missing");
   CHitSpectra spectra;
   spectra.Open(request.libraryPath, request.queryDatasets);
   if (spectra.LibraryEntryCount() == 0)
@@ -165,8 +169,10 @@ int WriteHtmlReport(const CReportRequest& request) {
                    EscapeHtml(NowText()) + ". Hits shown: " +
                    (request.topN > 0 ? "the first " + std::to_string(request.topN)
                                      : std::string("all at FDR &le; 1 %")) + ".</p>\n";
-  for (const std::string& text : notes)
+  for (const std::string& text : notes) {
     page.notesHtml += "<p class=\"note\">" + EscapeHtml(text) + "</p>\n";
+    std::cerr << "Report warning: " << text << std::endl;
+  }
   page.countsHtml = "<table class=\"facts\"><caption>from the files</caption>\n" +
                     CountRow("library entries", spectra.LibraryEntryCount()) +
                     CountRow("result lines", results.all.size()) +

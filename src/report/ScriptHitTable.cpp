@@ -8,7 +8,7 @@ const COLUMNS = [
   ['z', C.charge, true], ['glycan', C.glycan], ['site', C.site], ['protein', C.protein],
   ['score', C.score, true], ['FDR', C.fdr, true], ['T/D', C.td], ['b/y', C.pepIons, true],
   ['Y', C.yIons, true]];
-if (data.qvalues) COLUMNS.splice(10, 0, ['q', C.glycopeptideQ, true]);
+if (data.qvalues) COLUMNS.splice(10, 0, ['glycopeptide q', C.glycopeptideQ, true]);
 const numbers = COLUMNS.filter(c => c[2]).map(c => c[1]);
 const numeric = hits.map(r => { const o = {}; for (const k of numbers) o[k] = parseFloat(r[k]); return o; });
 const PAGE = 500;

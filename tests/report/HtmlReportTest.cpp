@@ -179,7 +179,7 @@ struct CBrowserResult {
 CBrowserResult OpenInChromium(const std::string& chromium, const std::string& url, const TempDir& dir) {
   const std::string profile = dir / "profile", log = dir / "chromium.log";
   const std::string command =
-      chromium + " --headless --no-sandbox --disable-gpu --disable-quic --no-first-run"
+      "timeout 120 " + chromium + " --headless --no-sandbox --disable-gpu --disable-quic --no-first-run"
       " --disable-background-networking --disable-component-update --disable-sync"
       " --enable-logging=stderr --v=0 --user-data-dir=" + profile + " --dump-dom '" + url + "' 2>" + log;
   CBrowserResult result;

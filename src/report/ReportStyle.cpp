@@ -40,6 +40,7 @@ figure svg, #hit svg { font: 11px system-ui, sans-serif; }
 #hit h2 .grow { flex: 1; }
 .hitmeta { display: flex; gap: 2em; align-items: flex-start; justify-content: space-between; }
 .hitmeta table.facts { font-size: 12.5px; }
+.hitmeta table.facts th { white-space: nowrap; }
 .glycanbox { display: flex; gap: 1em; align-items: center; }
 .legend { display: flex; flex-wrap: wrap; gap: 1em; font-size: 12px; color: #444; margin: .3em 0; }
 .legend span::before { content: ""; display: inline-block; width: 12px; height: 3px; margin-right: 4px; vertical-align: middle; background: var(--c); }

@@ -3,7 +3,7 @@
 # that are missing. Runs unattended: as root directly, otherwise through sudo.
 set -euo pipefail
 
-packages=(cmake make g++ libgtest-dev libbenchmark-dev libcli11-dev)
+packages=(cmake make g++ libgtest-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev chromium)
 
 missing=()
 for package in "${packages[@]}"; do

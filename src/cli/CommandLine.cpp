@@ -7,6 +7,7 @@
 
 #include "cli/ExitStatus.h"
 #include "cli/FdrCommand.h"
+#include "cli/ReportCommand.h"
 #include "cli/RunCommand.h"
 #include "run/ConfigKeys.h"
 #include "run/Param.h"
@@ -58,6 +59,21 @@ int RunCommandLine(int argc, char** argv) {
   fdrCommand->add_option("RESULT", fdrInputs, "result files of the search (27 or 28 columns)")
       ->required();
 
+  CRunOptions report;
+  std::string reportOut;
+  int reportTop = 0;
+  CLI::App* reportCommand = app.add_subcommand(
+      "report", "After a run: write one self-contained HTML file with the run's summary, score "
+                "and FDR plots, the hit table and annotated mirror plots.");
+  reportCommand->add_option("CONFIG", report.config, "configuration file of the run")->required();
+  reportCommand->add_option("--out", reportOut,
+                            "HTML file to write; default: the result file's name with "
+                            "_report.html in place of its extension");
+  reportCommand
+      ->add_option("--top", reportTop, "show the best N hits; default 0: every hit at FDR <= 1 %")
+      ->check(CLI::NonNegativeNumber);
+  reportCommand->add_option("--mass-table", report.massTable, "mass table, as for run");
+
   CLI::App* templateCommand = app.add_subcommand(
       "template", "Print a complete configuration with every key and what it means.");
 
@@ -73,11 +89,12 @@ int RunCommandLine(int argc, char** argv) {
 
   if (*runCommand) return RunCommand(run);
   if (*fdrCommand) return FdrCommand(fdrOut, fdrInputs);
+  if (*reportCommand) return ReportCommand(report, reportOut, reportTop);
   if (*templateCommand) {
     std::cout << ConfigTemplate();
     return exit_status::kSuccess;
   }
-  std::cout << "A command is required: run, fdr, template" << std::endl
+  std::cout << "A command is required: run, fdr, report or template" << std::endl
             << "Run with --help for more information." << std::endl;
   return exit_status::kUsage;
 }

@@ -28,10 +28,12 @@ echo "== Generating the demo dataset"
 rm -rf "$OUT"
 "$BUILD/quorin_datagen" demo "$OUT" --masstable "$BUILD/MassTable.ini"
 
-echo "== Running QuorinGlyco (the configuration file name goes on standard input)"
+echo "== Running QuorinGlyco run $OUT/demo.conf"
 start=$(date +%s.%N)
-echo "$OUT/demo.conf" | "$BUILD/QuorinGlyco" | tee "$OUT/demo_console.txt"
-status=${PIPESTATUS[1]}
+set +e
+"$BUILD/QuorinGlyco" run "$OUT/demo.conf" | tee "$OUT/demo_console.txt"
+status=${PIPESTATUS[0]}
+set -e
 end=$(date +%s.%N)
 if [ "$status" -ne 0 ]; then
   echo "QuorinGlyco ended with status $status" >&2
@@ -46,6 +48,7 @@ echo "Library:        $OUT/demo.quolib"
 echo "Companion file: $OUT/demo_libcomp.txt"
 echo "Result file:    $RESULT"
 echo "Truth:          $OUT/truth.tsv (what each query really is)"
+"$BUILD/QuorinGlyco" report "$OUT/demo.conf"
 echo
 # A short summary: hits, decoys, hits at 1 % FDR, and the best five.
 awk -F'\t' 'NR > 1 {

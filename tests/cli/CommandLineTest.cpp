@@ -108,6 +108,11 @@ TEST_F(CommandLine, RunTakesPathsFromTheConfigurationFolderAndGivesTheClassicFil
                                   "    summary      " + (native / "demo_result_summary.json") + "\n"})
     EXPECT_TRUE(Has(result.output, line)) << line << result.output;
   EXPECT_TRUE(Has(ReadFile(native / "demo_result_summary.json"), "\"queries_read\":400"));
+  // The report of the run lands beside its result.
+  const auto report =
+      RunProgram(kProgram, "", elsewhere_.path().string(), {"report", native / "run.conf", "--top", "5"});
+  EXPECT_EQ(report.exitCode, 0) << report.output;
+  EXPECT_TRUE(Has(ReadFile(native / "demo_result_report.html"), "</html>"));
 }
 
 TEST_F(CommandLine, MissingInputsAreListedTogetherBeforeAnyWork) {

@@ -41,8 +41,13 @@ class CProgressBar::Impl : public std::streambuf {
     task_ = task;
     done_ = done;
     total_ = total;
+    if (done >= total) {  // a finished task leaves the line to the stage's own words
+      Clear();
+      task_.clear();
+      return;
+    }
     const auto now = std::chrono::steady_clock::now();
-    if (done < total && now - lastDraw_ < std::chrono::milliseconds(100)) return;
+    if (now - lastDraw_ < std::chrono::milliseconds(100)) return;
     lastDraw_ = now;
     Draw();
   }

@@ -9,13 +9,8 @@
 
 int ReportCommand(const CRunOptions& options, const std::string& out, int topN) {
   RemoveTemporariesOnSignals();
-  if (GetPathKind(options.config) != PathKind::File) {
-    std::cout << "[Error]: The configuration file " << options.config
-              << " can't be read: it is not an existing regular file." << std::endl;
-    return exit_status::kRefused;
-  }
   CParam& param = CParam::GetInstance();
-  PrepareRun(options, param);
+  if (!PrepareRun(options, param)) return exit_status::kRefused;
   if (!param.search.enabled) {
     std::cout << "[Error]: " << options.config
               << " has search = no: there is no result file to report on." << std::endl;

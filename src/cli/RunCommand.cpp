@@ -37,13 +37,8 @@ void WriteSummaryFile(const CRunSummary& summary) {
 
 int RunCommand(const CRunOptions& options) {
   RemoveTemporariesOnSignals();
-  if (GetPathKind(options.config) != PathKind::File) {
-    std::cout << "[Error]: The configuration file " << options.config
-              << " can't be read: it is not an existing regular file." << std::endl;
-    return exit_status::kRefused;
-  }
   CParam& param = CParam::GetInstance();
-  PrepareRun(options, param);
+  if (!PrepareRun(options, param)) return exit_status::kRefused;
 
   const std::vector<std::string> problems = UnreadableInputs(param);
   if (!problems.empty()) {

@@ -79,7 +79,12 @@ std::string QValuesFileName(const std::string& resultPath) {
   return resultPath.substr(0, point) + "_qvalues" + resultPath.substr(point);
 }
 
-void PrepareRun(const CRunOptions& options, CParam& param) {
+bool PrepareRun(const CRunOptions& options, CParam& param) {
+  if (GetPathKind(options.config) != PathKind::File) {
+    std::cout << "[Error]: The configuration file " << options.config
+              << " can't be read: it is not an existing regular file." << std::endl;
+    return false;
+  }
   param.configure_filename = options.config;
   param.explainFaults = true;
   param.Load();
@@ -111,6 +116,7 @@ void PrepareRun(const CRunOptions& options, CParam& param) {
     c.mass_table_update_filename = BesideWithSuffix(c.output_speclib_filename, "_MassTable.ini");
   s.threads = options.threads;
   c.pauseAtStart = false;  // the classic interface's one-second wait serves no one here
+  return true;
 }
 
 std::vector<std::string> UnreadableInputs(const CParam& param) {

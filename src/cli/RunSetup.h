@@ -16,7 +16,8 @@ struct CRunOptions {
 // configuration's folder and chooses the mass table. A pepXML list writes its
 // updated table beside the library as <library stem>_MassTable.ini, never over
 // the table it read.
-void PrepareRun(const CRunOptions& options, CParam& param);
+// False, after a message, when the configuration is no regular file.
+bool PrepareRun(const CRunOptions& options, CParam& param);
 
 // The inputs named by the configuration that can't be read, one line each,
 // naming the key, the path and why.

@@ -48,6 +48,12 @@ std::vector<std::string> ReadLines(const std::string& path) {
   return lines;
 }
 
+std::vector<std::string> Fields(const std::string& line) {
+  std::vector<std::string> fields(1);
+  for (char c : line) c == '\t' ? void(fields.emplace_back()) : fields.back().push_back(c);
+  return fields;
+}
+
 bool FileExists(const std::string& path) { return fs::exists(path); }
 
 static std::string Quote(const std::string& s) {

@@ -25,6 +25,8 @@ class TempDir {
 void WriteFile(const std::string& path, const std::string& content);
 std::string ReadFile(const std::string& path);
 std::vector<std::string> ReadLines(const std::string& path);
+// Tab-separated fields of a line, empty ones included.
+std::vector<std::string> Fields(const std::string& line);
 bool FileExists(const std::string& path);
 
 struct RunResult {

@@ -18,12 +18,7 @@ namespace {
 using testutil::ReadLines;
 using testutil::TempDir;
 
-// Tab-separated fields, empty ones included.
-std::vector<std::string> Fields(const std::string& line) {
-  std::vector<std::string> fields(1);
-  for (char c : line) c == '\t' ? void(fields.emplace_back()) : fields.back().push_back(c);
-  return fields;
-}
+using testutil::Fields;
 
 struct CTruth {
   std::string kind;  // glyco, absent, no_marker, weak_marker

@@ -18,15 +18,11 @@
 
 namespace {
 
+using testutil::Fields;
 using testutil::ReadFile;
 using testutil::ReadLines;
 using testutil::TempDir;
 
-std::vector<std::string> Fields(const std::string& line) {
-  std::vector<std::string> fields(1);
-  for (char c : line) c == '\t' ? void(fields.emplace_back()) : fields.back().push_back(c);
-  return fields;
-}
 
 // "b2+;y10++;" as its names, sorted.
 std::vector<std::string> IonNames(const std::string& list) {

@@ -3,7 +3,10 @@
 # that are missing. Runs unattended: as root directly, otherwise through sudo.
 set -euo pipefail
 
-packages=(cmake make g++ libgtest-dev libbenchmark-dev)
+# libexpat1-dev, zlib1g-dev, libpwiz-dev, libboost-dev: the mzML and mzXML reader;
+# libpwiz-tools: msconvert, which the tests use to write mzML and mzXML.
+packages=(cmake make g++ libgtest-dev libbenchmark-dev
+          libexpat1-dev zlib1g-dev libpwiz-dev libboost-dev libpwiz-tools)
 
 missing=()
 for package in "${packages[@]}"; do

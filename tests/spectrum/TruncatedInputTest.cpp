@@ -19,7 +19,15 @@ TEST(TruncatedInputTest, EveryCutOfEveryFormatAndGarbageReadWithoutFault) {
           "StartPostion=0\nN Glycan Motif=2:NXT\nPeaks=2\n100.0000 1.0000 1 0 1 1\n"
           "200.0000 0.5000 0 1 1 1\n\n"},
       {3, "[a]\n[b]\n[c]\nx.1.1.2.dta\n500 2\n100 1\n200 2\n\ny.2.2.2.dta\n600 3\n300 3\n"},
-      {1, "500.5 2\n100 1\n200 2\n"}};
+      {1, "500.5 2\n100 1\n200 2\n"},
+      {4, "<mzML><run><spectrumList count=\"9\"><spectrum index=\"0\" id=\"scan=1\" defaultArrayLength=\"1\">"
+          "<cvParam accession=\"MS:1000511\" value=\"2\"/><precursorList><precursor><selectedIonList><selectedIon>"
+          "<cvParam accession=\"MS:1000744\" value=\"500\"/></selectedIon></selectedIonList></precursor>"
+          "</precursorList><binaryDataArrayList><binaryDataArray><cvParam accession=\"MS:1000514\"/>"
+          "<binary>AAAAAAAAWUA=</binary></binaryDataArray><binaryDataArray><cvParam accession=\"MS:1000515\"/>"
+          "<binary>AAAAAAAA8D8=</binary></binaryDataArray></binaryDataArrayList></spectrum></spectrumList></run></mzML>"},
+      {5, "<mzXML><msRun><scan num=\"3\" msLevel=\"2\" peaksCount=\"1\"><precursorMz>500</precursorMz>"
+          "<peaks precision=\"32\">QsgAAD+AAAA=</peaks></scan></msRun></mzXML>"}};
   testutil::TempDir dir;
   testing::internal::CaptureStdout();
   for (const auto& [format, content] : files) {
@@ -41,7 +49,7 @@ TEST(TruncatedInputTest, EveryCutOfEveryFormatAndGarbageReadWithoutFault) {
       bytes += round % 2 ? static_cast<char>(state & 0xFF) : alphabet[state % alphabet.size()];
     }
     testutil::WriteFile(dir / "g.bin", bytes);
-    for (int format : {0, 2, 3}) spectest::Load(format, dir / "g.bin");
+    for (int format : {0, 2, 3, 4, 5}) spectest::Load(format, dir / "g.bin");
   }
   testing::internal::GetCapturedStdout();
 }

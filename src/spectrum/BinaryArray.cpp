@@ -3,7 +3,8 @@
 // the decoder takes any bytes and would turn garbage into numbers.
 #include "spectrum/BinaryArray.h"
 
-#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <exception>
 
 #include "pwiz/data/msdata/BinaryDataEncoder.hpp"
@@ -11,19 +12,32 @@
 namespace {
 using pwiz::msdata::BinaryDataEncoder;
 
-bool IsBase64(char c) {
-  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '+' || c == '/';
-}
+// 1 for the base64 alphabet, 2 for white space, 0 for anything else.
+constexpr auto kClasses = [] {
+  std::array<uint8_t, 256> classes{};
+  for (int c = 'A'; c <= 'Z'; ++c) classes[c] = 1;
+  for (int c = 'a'; c <= 'z'; ++c) classes[c] = 1;
+  for (int c = '0'; c <= '9'; ++c) classes[c] = 1;
+  classes['+'] = classes['/'] = 1;
+  classes[' '] = classes['\n'] = classes['\r'] = classes['\t'] = 2;
+  return classes;
+}();
 
 // Drops white space; false unless what is left is base64 with its padding.
 bool CleanBase64(std::string& text) {
-  text.erase(std::remove_if(text.begin(), text.end(),
-                            [](char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }),
-             text.end());
-  if (text.size() % 4 != 0) return false;
-  std::size_t end = text.size();
-  for (int pad = 0; pad < 2 && end > 0 && text[end - 1] == '='; ++pad) --end;
-  return std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(end), IsBase64);
+  std::size_t size = text.size();
+  while (size > 0 && kClasses[static_cast<unsigned char>(text[size - 1])] == 2) --size;
+  std::size_t padding = 0;
+  while (padding < 2 && size > 0 && text[size - 1] == '=') --size, ++padding;
+  std::size_t kept = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    const uint8_t kind = kClasses[static_cast<unsigned char>(text[i])];
+    if (kind == 0) return false;
+    if (kind == 1) text[kept++] = text[i];
+  }
+  text.resize(kept);
+  text.append(padding, '=');
+  return text.size() % 4 == 0;
 }
 
 BinaryDataEncoder::Config ConfigOf(const CArrayEncoding& encoding) {

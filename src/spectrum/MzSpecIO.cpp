@@ -21,11 +21,12 @@ void CMzSpecIO::OpenRead(const std::string& pathname) {
     std::unique_ptr<CMzHandler> handler = MakeHandler();
     CXmlEventStream stream(*handler);
     handler->Attach(stream, [this](const CMzRecord& record) { Index(record); });
-    std::vector<char> buffer(1 << 20);
+    constexpr std::size_t kChunk = 1 << 18;
+    const std::unique_ptr<char[]> buffer(new char[kChunk]);  // left uninitialised: small files touch little of it
     bool fine = true;
     while (fine) {
-      const std::size_t got = file.ReadNext(buffer.data(), buffer.size());
-      fine = stream.Feed(buffer.data(), got, got == 0) && got != 0;
+      const std::size_t got = file.ReadNext(buffer.get(), kChunk);
+      fine = stream.Feed(buffer.get(), got, got == 0) && got != 0;
     }
     // The spectra complete before a fault are kept, as a truncated MGF keeps its blocks.
     const std::string& problem = !file.Problem().empty() ? file.Problem() : stream.Problem();

@@ -25,7 +25,8 @@ class CMzxmlHandler : public CMzHandler {
       scan.msLevel = level ? std::atoi(level) : 0;
       scan.profile = centroided && std::strcmp(centroided, "0") == 0;
       scan.interleaved = true;
-      scan.mz.expectedLength = count ? 2 * std::atoll(count) : -1;
+      // Two values a peak; an absurd count can only fail the length check, not overflow.
+      scan.mz.expectedLength = count ? 2 * std::clamp<int64_t>(std::atoll(count), -1, int64_t{1} << 40) : -1;
       precursors_.push_back(0);
     } else if (open_.empty()) {
       return;

@@ -8,6 +8,7 @@
 #include "spectrum/DatasetIOPool.h"
 #include "spectrum/DtaIO.h"
 #include "spectrum/MgfIO.h"
+#include "spectrum/MzSpecIO.h"
 #include "spectrum/QuolibIO.h"
 
 namespace {
@@ -33,7 +34,11 @@ TEST(DatasetIOPoolTest, FactoryMakesOneReaderPerFormatCode) {
   EXPECT_NE(dynamic_cast<CMgfIO*>(ios[2].get()), nullptr);
   EXPECT_EQ(ios[0]->Extension() + ios[1]->Extension() + ios[2]->Extension() + ios[3]->Extension(),
             ".quolib.dta.mgf.dta");
-  EXPECT_EQ(CreateSpecIO(4), nullptr);
+  for (int32_t code : {4, 5}) {
+    const std::unique_ptr<CSpecIO> io(CreateSpecIO(code));
+    EXPECT_NE(dynamic_cast<CMzSpecIO*>(io.get()), nullptr) << code;
+  }
+  EXPECT_EQ(CreateSpecIO(6), nullptr);
   EXPECT_EQ(CreateSpecIO(-1), nullptr);
 }
 

@@ -3,7 +3,12 @@
 # that are missing. Runs unattended: as root directly, otherwise through sudo.
 set -euo pipefail
 
-packages=(cmake make g++ libgtest-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev chromium)
+# libcli11-dev: the command line; nlohmann-json3-dev: the report's data;
+# libexpat1-dev, zlib1g-dev, libpwiz-dev, libboost-dev: the mzML and mzXML reader;
+# libpwiz-tools: msconvert, which the tests use to write mzML and mzXML;
+# chromium: the tests open the HTML report in it.
+packages=(cmake make g++ libgtest-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev
+          libexpat1-dev zlib1g-dev libpwiz-dev libboost-dev libpwiz-tools chromium)
 
 missing=()
 for package in "${packages[@]}"; do

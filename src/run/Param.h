@@ -10,7 +10,7 @@ inline const std::string kMassTableFilename = "MassTable.ini";
 inline const std::string kDecoyPrefix = "Decoy_";
 inline const std::string kVersion = "1.0";
 
-// One input file of spectra. Format codes: 0 library, 1 DTA, 2 MGF, 3 DTAS.
+// One input file of spectra. Format codes: 0 library, 1 DTA, 2 MGF, 3 DTAS, 4 mzML, 5 mzXML.
 struct CDatasetFile {
   std::string pathname;
   int32_t format = 0;

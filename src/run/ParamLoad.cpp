@@ -100,12 +100,14 @@ class CSectionReader {
     Fault(key);
   }
 
-  // A dataset format keyword, folded: dta 1, mgf 2, dtas 3.
+  // A dataset format keyword, folded: dta 1, mgf 2, dtas 3, mzml 4, mzxml 5.
   int32_t DatasetFormat(const std::string& key) {
     std::string value = FoldedValue(key);
     if (value == "dta") return 1;
     if (value == "mgf") return 2;
     if (value == "dtas") return 3;
+    if (value == "mzml") return 4;
+    if (value == "mzxml") return 5;
     Fault(key);
   }
 

@@ -35,5 +35,6 @@ class CSpecIO {
   std::string extension;
 };
 
-// Factory: 0 CQuolibIO, 1 CDtaIO, 2 CMgfIO, 3 CDtasIO, anything else nullptr.
+// Factory: 0 CQuolibIO, 1 CDtaIO, 2 CMgfIO, 3 CDtasIO, 4 CMzmlIO, 5 CMzxmlIO,
+// anything else nullptr.
 CSpecIO* CreateSpecIO(int32_t format);

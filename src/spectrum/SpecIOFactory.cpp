@@ -1,6 +1,7 @@
 #include "spectrum/DtaIO.h"
 #include "spectrum/DtasIO.h"
 #include "spectrum/MgfIO.h"
+#include "spectrum/MzSpecIO.h"
 #include "spectrum/QuolibIO.h"
 
 CSpecIO* CreateSpecIO(int32_t format) {
@@ -9,6 +10,8 @@ CSpecIO* CreateSpecIO(int32_t format) {
     case 1: return new CDtaIO();
     case 2: return new CMgfIO();
     case 3: return new CDtasIO();
+    case 4: return new CMzmlIO();
+    case 5: return new CMzxmlIO();
     default: return nullptr;
   }
 }

@@ -108,6 +108,12 @@ TEST(ParamLoad, FormatKeywordsLenientNumbersAndDisabledSections) {
                                               {"probability_threshold", "7"}}));
     EXPECT_EQ(param.construction.identification_files.at(0).format, code) << keyword;
   }
+  for (auto [keyword, code] : std::map<std::string, int32_t>{{"MzML", 4}, {"mzxml", 5}}) {
+    CParam& read =
+        LoadText(dir, ConfigText({{"library_dataset_format", keyword}, {"query_dataset_format", keyword}}));
+    EXPECT_EQ(read.construction.library_datasets.at(0).format, code) << keyword;
+    EXPECT_EQ(read.search.query_datasets.at(0).format, code) << keyword;
+  }
   CParam& param = LoadText(dir, ConfigText({{"identification_number", "abc"}, {"theta", "1"},
       {"library_dataset_number", "0"}, {"library_dataset_format", "Dta"}, {"added_Y_ions", "y1"},
       {"library_product_ion_unit", "ppm"}, {"library_product_ion_tolerance", "20"},
@@ -145,7 +151,7 @@ TEST(ParamLoad, TheFirstFaultInReadingOrderNamesItsKey) {
       {"Y_ion_relative_intensity", ""}, {"N_glycan_motifs", none}, {"protein_database", none}};
   const std::vector<std::pair<std::string, std::string>> search = {
       {"input_speclib_filename", ""}, {"query_dataset_number", none},
-      {"query_dataset_format", "mzml"}, {"query_precursor_ion_unit", ""},
+      {"query_dataset_format", "mzdata"}, {"query_precursor_ion_unit", ""},
       {"query_precursor_ion_unit", "PPM"}, {"query_precursor_ion_tolerance", "-1"},
       {"query_product_ion_unit", none}, {"query_product_ion_tolerance", ""},
       {"output_result_filename", none}, {"minimal_peptide_ions", ""}};

@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "run/Process.h"
+#include "spectrum/MzSpectrumName.h"
 
 void CDatasetIOPool::Open(const std::vector<CDatasetFile>& datasetList) {
   datasets = datasetList;
@@ -27,8 +28,11 @@ void BuildDatasetPrefixes(const std::vector<CDatasetFile>& datasets,
   for (const CDatasetFile& dataset : datasets) {
     const std::string& pathname = dataset.pathname;
     const std::size_t separator = LastSeparator(pathname);
-    const std::string base =
-        separator == std::string::npos ? pathname : pathname.substr(separator + 1);
+    std::string base = separator == std::string::npos ? pathname : pathname.substr(separator + 1);
+    // An mzML or mzXML file may be gzipped; its spectra are named by what it
+    // holds, "run.mzML.gz" as "run.mzML", so its prefix is "run." as well.
+    if (dataset.format == 4 || dataset.format == 5)
+      base = CompressedFileBase(pathname);
     const std::size_t point = base.rfind('.');
     prefixes.push_back(point == std::string::npos ? std::string() : base.substr(0, point + 1));
   }

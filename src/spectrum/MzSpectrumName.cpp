@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "run/Process.h"
+#include "run/StringUtil.h"
 
 namespace {
 bool AllDigits(const std::string& text) {
@@ -37,9 +38,14 @@ std::string ScanOfNativeId(const std::string& nativeId) {
 }
 
 std::string FileStem(const std::string& path) {
+  return CompressedFileBase(path).substr(0, CompressedFileBase(path).rfind('.'));
+}
+
+std::string CompressedFileBase(const std::string& path) {
   const std::size_t separator = LastSeparator(path);
-  const std::string base = separator == std::string::npos ? path : path.substr(separator + 1);
-  return base.substr(0, base.rfind('.'));
+  std::string base = separator == std::string::npos ? path : path.substr(separator + 1);
+  if (HasAffix(true, false, base, ".gz")) base.erase(base.size() - 3);
+  return base;
 }
 
 std::string MzSpectrumName(const CMzRecord& record, const std::string& stem) {

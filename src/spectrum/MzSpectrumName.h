@@ -13,5 +13,9 @@ std::string MzSpectrumName(const CMzRecord& record, const std::string& stem);
 // spectrum=, in that preference; empty when the ID has none of them.
 std::string ScanOfNativeId(const std::string& nativeId);
 
-// File name without folder, up to (not including) its last point.
+// File name without folder and without a final ".gz": a compressed file is
+// named by what it holds ("run.mzML.gz" as "run.mzML").
+std::string CompressedFileBase(const std::string& path);
+
+// That name up to (not including) its last point: "run" for "run.mzML.gz".
 std::string FileStem(const std::string& path);

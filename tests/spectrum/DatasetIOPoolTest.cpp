@@ -22,9 +22,11 @@ std::vector<int32_t> Assigned(const std::vector<std::string>& prefixes,
 TEST(DatasetIOPoolTest, PrefixesEndAtTheLastPointOfTheFileName) {
   std::vector<std::string> prefixes = {"stale"};
   BuildDatasetPrefixes({{"/data/run1.mgf", 2}, {"C:\\data\\run10.mgf", 2},
-                        {"/data/dir.v2/spectra", 1}, {"plain.x.mgf", 2}, {"/mixed\\sep/a.b", 2}},
+                        {"/data/dir.v2/spectra", 1}, {"plain.x.mgf", 2}, {"/mixed\\sep/a.b", 2},
+                        {"/data/run2.mzML.gz", 4}, {"run3.mzXML.GZ", 5}, {"run4.mgf.gz", 2}},
                        prefixes);
-  EXPECT_EQ(prefixes, (std::vector<std::string>{"run1.", "run10.", "", "plain.x.", "a."}));
+  EXPECT_EQ(prefixes, (std::vector<std::string>{"run1.", "run10.", "", "plain.x.", "a.", "run2.",
+                                                "run3.", "run4.mgf."}));
   // run10.3.3.2 goes to run10. because of the point; the empty prefix takes
   // what no earlier prefix took; of two equal prefixes the first takes all.
   EXPECT_EQ(Assigned(prefixes, {"run10.3.3.2", "run1.5.5.2", "other.1.1.1"}),

@@ -193,7 +193,7 @@ TEST(MzSpecIOTest, RealFilesOfSeveralWriters) {
       {"sliced-mzml.mzML", 90, "sliced-raw.10.10.3", 3, 35, 602.17700195312},
       // Profile spectra without charge.
       {"has_missing_charge_state_info.mzML", 2, "20170823-CEMS-005.2.2.", 0, 30226, 198.009994507},
-      {"kojak_arp.mzML.gz", 20, "kojak_arp.mzML.19781.19781.3", 3, 73, 170.999},
+      {"kojak_arp.mzML.gz", 20, "kojak_arp.19781.19781.3", 3, 73, 170.999},
       // Numpress linear and slof; linear and pic.
       {"small-numpressLS.mzML", 34, "small-numpressLS.10.10.0", 0, 552, 245.139},
       {"Rpal_01-mzRefinement.mzML", 85, "Rpal_01.10.10.1", 1, 19, 102.598},
@@ -209,7 +209,7 @@ TEST(MzSpecIOTest, RealFilesOfSeveralWriters) {
        0, 33, 56.9623},
       // Unsorted m/z, unknown CV terms, scanId= IDs, count above the spectra present.
       {"20150710_3um_AGP_001_29_30.preprocessed.mzML.gz", 255,
-       "20150710_3um_AGP_001_29_30.preprocessed.mzML.10.10.4", 4, 88, 55.0546},
+       "20150710_3um_AGP_001_29_30.preprocessed.10.10.4", 4, 88, 55.0546},
       {"diameter_test.mzXML", 80, "diameter_test.10.10.0", 0, 267, 149.045},
       {"BSA_min_21.mzXML", 82, "BSA_min_21.10.10.2", 2, 320, 156.94},
       // Version 2, MS2 nested in MS1, stale index.

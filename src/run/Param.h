@@ -62,6 +62,8 @@ struct CSearchParam {
   int32_t spectra_per_batch = 100;
   double query_product_ion_tolerance = 0.0;
   double query_precursor_ion_tolerance = 0.0;
+  // Optional: the FDR stage also writes peptide, glycan and glycopeptide q-values.
+  bool glycopeptide_fdr = false;
 };
 
 // A tolerance in Da at the given m/z: unit 0 (Da) the value itself, unit 1 (ppm)

@@ -50,6 +50,14 @@ class CSectionReader {
   // The on/off key that opens a section: only the word "no" switches it off.
   bool Enabled(const std::string& key) { return FoldedValue(key) != "no"; }
 
+  // An optional yes/no key, folded; absent or empty means no, any other word is a fault.
+  bool OptionalYesNo(const std::string& key) {
+    std::string value = FoldedValue(key);
+    if (value.empty() || value == "no") return false;
+    if (value == "yes") return true;
+    Fault(key);
+  }
+
   // A required count of indexed keys, 0 or more.
   int Count(const std::string& key) {
     int count = std::atoi(Required(key).c_str());
@@ -172,6 +180,7 @@ void LoadSearch(CConfigFile& config, CSearchParam& search) {
       reader.Tolerance("query_product_ion_tolerance", search.query_product_ion_unit);
   search.output_result_filename = reader.Required("output_result_filename");
   search.minimal_peptide_ions = std::atoi(reader.Required("minimal_peptide_ions").c_str());
+  search.glycopeptide_fdr = reader.OptionalYesNo("glycopeptide_fdr");
 }
 
 }  // namespace

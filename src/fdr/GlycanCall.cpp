@@ -1,0 +1,81 @@
+#include "fdr/GlycanCall.h"
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+
+namespace {
+
+constexpr double kProton = 1.00727646688;
+
+int Contradictions(const CGlycan& glycan, bool neuAcMarker, bool neuGcMarker) {
+  return (glycan.hasNeuAc != neuAcMarker) + (glycan.hasNeuGc != neuGcMarker);
+}
+
+// Glycans with mass in (centre - tolerance, centre + tolerance], as the
+// search's look-up takes them.
+template <typename Visit>
+void ForGlycansNear(const std::vector<CGlycan>& table, double centre, double tolerance,
+                    Visit visit) {
+  auto first = std::upper_bound(table.begin(), table.end(), centre - tolerance,
+                                [](double m, const CGlycan& g) { return m < g.mass; });
+  for (auto it = first; it != table.end() && it->mass <= centre + tolerance; ++it) visit(*it);
+}
+
+}  // namespace
+
+CGlycanCall CallGlycan(const std::vector<CGlycan>& table, double delta, double tolerance,
+                       double queryMass, bool neuAcMarker, bool neuGcMarker) {
+  CGlycanCall call;
+  std::tuple<int, int, double> best{1 << 30, 0, 0.0};
+  for (int isotope = 0; isotope <= 1; ++isotope) {
+    const double centre = delta - isotope * kIsotopeStep;
+    ForGlycansNear(table, centre, tolerance, [&](const CGlycan& glycan) {
+      const double error = centre - glycan.mass;
+      std::tuple<int, int, double> rank{Contradictions(glycan, neuAcMarker, neuGcMarker), isotope,
+                                        std::fabs(error)};
+      if (call.glycan == nullptr || rank < best) {
+        best = rank;
+        call.glycan = &glycan;
+        call.isotope = isotope;
+        call.massErrorPpm = queryMass > 0.0 ? error / queryMass * 1e6 : 0.0;
+        call.contradictions = std::get<0>(rank);
+      }
+    });
+  }
+  if (call.glycan == nullptr) return call;
+  ForGlycansNear(table, call.glycan->mass, tolerance, [&](const CGlycan& glycan) {
+    if (&glycan != call.glycan &&
+        Contradictions(glycan, neuAcMarker, neuGcMarker) == call.contradictions)
+      call.isobaric.push_back(&glycan);
+  });
+  return call;
+}
+
+CYIonEvidence FindYIons(const std::vector<CPeak>& peaksByMz, double peptideMH,
+                        uint32_t highestCharge, double offset, double productTolerance) {
+  CYIonEvidence evidence;
+  const std::vector<double>& core = CNGlycanFrag::GetInstance().coreMasses;
+  std::vector<std::size_t> taken;
+  for (double coreMass : core) {
+    bool found = false;
+    for (uint32_t z = 1; z <= std::max<uint32_t>(1, highestCharge); ++z) {
+      const double mz = (peptideMH + coreMass + offset + (z - 1) * kProton) / z;
+      auto it = std::lower_bound(peaksByMz.begin(), peaksByMz.end(), mz - productTolerance,
+                                 [](const CPeak& p, double m) { return p.mz < m; });
+      // The strongest peak in reach stands for this ion.
+      std::size_t strongest = peaksByMz.size();
+      for (; it != peaksByMz.end() && it->mz <= mz + productTolerance; ++it)
+        if (strongest == peaksByMz.size() || it->intensity > peaksByMz[strongest].intensity)
+          strongest = static_cast<std::size_t>(it - peaksByMz.begin());
+      if (strongest == peaksByMz.size()) continue;
+      found = true;
+      if (std::find(taken.begin(), taken.end(), strongest) == taken.end()) {
+        taken.push_back(strongest);
+        evidence.intensity += peaksByMz[strongest].intensity;
+      }
+    }
+    evidence.levels += found;
+  }
+  return evidence;
+}

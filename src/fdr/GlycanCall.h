@@ -1,0 +1,45 @@
+#pragma once
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "molecule/Glycan.h"
+#include "spectrum/Spectrum.h"
+
+// Which glycan composition a glycopeptide spectrum shows, given the peptide:
+// the compositions whose mass fits the precursor mass difference, or the
+// difference less one isotope step (the precursor picked one isotope peak too
+// high), weighed by the sialic acid oxonium ions of the spectrum.
+struct CGlycanCall {
+  const CGlycan* glycan = nullptr;  // null when no composition fits
+  int isotope = 0;                  // 1: the precursor was the second isotope peak
+  double massErrorPpm = 0.0;        // of the difference against the glycan, at the query mass
+  int contradictions = 0;           // sialic acids without their oxonium ion, or the reverse
+  // The other compositions within the precursor tolerance of the chosen one
+  // that the oxonium ions support exactly as well: the spectrum can't tell
+  // them apart. In table order.
+  std::vector<const CGlycan*> isobaric;
+};
+
+// One isotope step of a peptide-sized molecule (13C - 12C).
+inline constexpr double kIsotopeStep = 1.0033548;
+
+// Chooses among the compositions of `table` (sorted by mass) that fit `delta`
+// (query mass less peptide mass) within `tolerance` Da, at isotope 0 or 1: the
+// fewest contradictions with the markers first, then isotope 0, then the
+// smallest mass error, then table order.
+CGlycanCall CallGlycan(const std::vector<CGlycan>& table, double delta, double tolerance,
+                       double queryMass, bool neuAcMarker, bool neuGcMarker);
+
+// Evidence of the Y ions (peptide plus 0 to 5 core residues) of a peptide of
+// mass `peptideMH` in a prepared query: the core levels found at any charge
+// from 1 to `highestCharge`, and the summed intensity of the peaks found.
+// `offset` moves every Y ion by a mass: with an offset that no glycan
+// fragment has, the same count measures how often Y ions match by chance.
+struct CYIonEvidence {
+  int levels = 0;
+  double intensity = 0.0;
+  double Score() const { return levels + intensity; }
+};
+CYIonEvidence FindYIons(const std::vector<CPeak>& peaksByMz, double peptideMH,
+                        uint32_t highestCharge, double offset, double productTolerance);

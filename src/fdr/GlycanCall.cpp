@@ -8,9 +8,19 @@ namespace {
 
 constexpr double kProton = 1.00727646688;
 
-int Contradictions(const CGlycan& glycan, bool neuAcMarker, bool neuGcMarker) {
-  return (glycan.hasNeuAc != neuAcMarker) + (glycan.hasNeuGc != neuGcMarker);
+// A present oxonium ion of a sialic acid that the composition lacks rules the
+// composition out; a sialic acid without its ion only makes it less likely,
+// since the ion can be too weak to see.
+int Excluded(const CGlycan& glycan, bool neuAcMarker, bool neuGcMarker) {
+  return (neuAcMarker && !glycan.hasNeuAc) + (neuGcMarker && !glycan.hasNeuGc);
 }
+int Unsupported(const CGlycan& glycan, bool neuAcMarker, bool neuGcMarker) {
+  return (glycan.hasNeuAc && !neuAcMarker) + (glycan.hasNeuGc && !neuGcMarker);
+}
+
+// An isotope error is less likely than a correct precursor: it must beat the
+// plain reading by this much mass error.
+constexpr double kIsotopePenaltyPpm = 2.0;
 
 // Glycans with mass in (centre - tolerance, centre + tolerance], as the
 // search's look-up takes them.
@@ -27,26 +37,37 @@ void ForGlycansNear(const std::vector<CGlycan>& table, double centre, double tol
 CGlycanCall CallGlycan(const std::vector<CGlycan>& table, double delta, double tolerance,
                        double queryMass, bool neuAcMarker, bool neuGcMarker) {
   CGlycanCall call;
-  std::tuple<int, int, double> best{1 << 30, 0, 0.0};
+  std::tuple<int, int, double> best{0, 0, 0.0};
+  const double scale = queryMass > 0.0 ? 1e6 / queryMass : 0.0;
   for (int isotope = 0; isotope <= 1; ++isotope) {
     const double centre = delta - isotope * kIsotopeStep;
     ForGlycansNear(table, centre, tolerance, [&](const CGlycan& glycan) {
-      const double error = centre - glycan.mass;
-      std::tuple<int, int, double> rank{Contradictions(glycan, neuAcMarker, neuGcMarker), isotope,
-                                        std::fabs(error)};
+      const double errorPpm = (centre - glycan.mass) * scale;
+      std::tuple<int, int, double> rank{Excluded(glycan, neuAcMarker, neuGcMarker),
+                                        Unsupported(glycan, neuAcMarker, neuGcMarker),
+                                        std::fabs(errorPpm) + isotope * kIsotopePenaltyPpm};
       if (call.glycan == nullptr || rank < best) {
         best = rank;
         call.glycan = &glycan;
         call.isotope = isotope;
-        call.massErrorPpm = queryMass > 0.0 ? error / queryMass * 1e6 : 0.0;
-        call.contradictions = std::get<0>(rank);
+        call.massErrorPpm = errorPpm;
+        call.contradictions = std::get<0>(rank) + std::get<1>(rank);
       }
     });
   }
   if (call.glycan == nullptr) return call;
+  const int otherIsotope = 1 - call.isotope;
+  ForGlycansNear(table, delta - otherIsotope * kIsotopeStep, tolerance, [&](const CGlycan& glycan) {
+    if (Excluded(glycan, neuAcMarker, neuGcMarker) != std::get<0>(best) ||
+        Unsupported(glycan, neuAcMarker, neuGcMarker) != std::get<1>(best))
+      return;
+    const double errorPpm = (delta - otherIsotope * kIsotopeStep - glycan.mass) * scale;
+    if (std::isnan(call.rivalErrorPpm) || std::fabs(errorPpm) < std::fabs(call.rivalErrorPpm))
+      call.rivalErrorPpm = errorPpm;
+  });
+  // Only a present oxonium ion tells compositions of one mass apart.
   ForGlycansNear(table, call.glycan->mass, tolerance, [&](const CGlycan& glycan) {
-    if (&glycan != call.glycan &&
-        Contradictions(glycan, neuAcMarker, neuGcMarker) == call.contradictions)
+    if (&glycan != call.glycan && Excluded(glycan, neuAcMarker, neuGcMarker) == std::get<0>(best))
       call.isobaric.push_back(&glycan);
   });
   return call;

@@ -1,4 +1,5 @@
 #pragma once
+#include <cmath>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -16,9 +17,13 @@ struct CGlycanCall {
   double massErrorPpm = 0.0;        // of the difference against the glycan, at the query mass
   int contradictions = 0;           // sialic acids without their oxonium ion, or the reverse
   // The other compositions within the precursor tolerance of the chosen one
-  // that the oxonium ions support exactly as well: the spectrum can't tell
-  // them apart. In table order.
+  // that no present oxonium ion rules out any more than it: the spectrum
+  // can't tell them apart. In table order.
   std::vector<const CGlycan*> isobaric;
+  // The best composition at the other isotope that the oxonium ions support
+  // exactly as well: only the mass error then tells the two readings apart.
+  // Its mass error, NaN when there is none.
+  double rivalErrorPpm = NAN;
 };
 
 // One isotope step of a peptide-sized molecule (13C - 12C).
@@ -26,8 +31,9 @@ inline constexpr double kIsotopeStep = 1.0033548;
 
 // Chooses among the compositions of `table` (sorted by mass) that fit `delta`
 // (query mass less peptide mass) within `tolerance` Da, at isotope 0 or 1: the
-// fewest contradictions with the markers first, then isotope 0, then the
-// smallest mass error, then table order.
+// fewest sialic acids ruled out by a present marker first, then the fewest
+// without their marker, then the smallest mass error (an isotope step costs
+// 2 ppm more), then table order.
 CGlycanCall CallGlycan(const std::vector<CGlycan>& table, double delta, double tolerance,
                        double queryMass, bool neuAcMarker, bool neuGcMarker);
 

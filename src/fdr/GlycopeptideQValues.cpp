@@ -148,6 +148,62 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
   }
 }
 
+CMassErrorModel FitMassErrors(const std::vector<CGlycopeptideHit>& hits) {
+  std::vector<double> errors;
+  for (const CGlycopeptideHit& hit : hits)
+    if (!hit.decoy && hit.call.glycan != nullptr && hit.call.isotope == 0 &&
+        hit.peptideQ + hit.glycanQ <= kConfidentQ)
+      errors.push_back(hit.call.massErrorPpm);
+  CMassErrorModel model;
+  if (errors.size() < kMinimalErrorSample) return model;
+  auto median = [](std::vector<double> v) {
+    std::nth_element(v.begin(), v.begin() + static_cast<std::ptrdiff_t>(v.size() / 2), v.end());
+    return v[v.size() / 2];
+  };
+  model.centre = median(errors);
+  for (double& e : errors) e = std::fabs(e - model.centre);
+  model.spread = std::max(kSmallestSpreadPpm, 1.4826 * median(errors));
+  return model;
+}
+
+double IsotopeRivalProbability(const CGlycanCall& call, const CMassErrorModel& model) {
+  if (call.glycan == nullptr || std::isnan(call.rivalErrorPpm)) return 0.0;
+  auto likelihood = [&](double errorPpm, int isotope) {
+    const double z = (errorPpm - model.centre) / model.spread;
+    return (isotope == 1 ? kIsotopeErrorPrior : 1.0 - kIsotopeErrorPrior) * std::exp(-0.5 * z * z);
+  };
+  const double chosen = likelihood(call.massErrorPpm, call.isotope);
+  const double rival = likelihood(call.rivalErrorPpm, 1 - call.isotope);
+  return chosen + rival > 0.0 ? rival / (chosen + rival) : 0.5;
+}
+
+void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits) {
+  const CMassErrorModel model = FitMassErrors(hits);
+  // Lines in order of their own risk; each then carries the larger of the
+  // two decoy estimates so far plus the mean chance, so far, that the other
+  // isotope reading was the right one.
+  std::vector<std::size_t> order(hits.size());
+  std::iota(order.begin(), order.end(), 0);
+  std::vector<double> rival(hits.size());
+  for (std::size_t i = 0; i < hits.size(); ++i)
+    rival[i] = IsotopeRivalProbability(hits[i].call, model);
+  auto base = [&](std::size_t i) { return std::min(1.0, hits[i].peptideQ + hits[i].glycanQ); };
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+    return base(a) + rival[a] < base(b) + rival[b];
+  });
+  double highestBase = 0.0, rivalSum = 0.0;
+  for (std::size_t k = 0; k < order.size(); ++k) {
+    highestBase = std::max(highestBase, base(order[k]));
+    rivalSum += rival[order[k]];
+    hits[order[k]].glycopeptideQ = std::min(1.0, highestBase + rivalSum / static_cast<double>(k + 1));
+  }
+  double running = 1.0;
+  for (std::size_t k = order.size(); k-- > 0;) {
+    running = std::min(running, hits[order[k]].glycopeptideQ);
+    hits[order[k]].glycopeptideQ = running;
+  }
+}
+
 bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
   CRescoreInput input;
   input.foldCount = kFolds;
@@ -181,8 +237,8 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
     CGlycopeptideHit& hit = hits[i];
     hit.peptideQ = peptideQ[i];
     hit.glycanQ = glycanDecoys[i] ? 1.0 : glycanQ[i];
-    hit.glycopeptideQ = std::min(1.0, hit.peptideQ + hit.glycanQ);
   }
+  AddIsotopeRivals(hits);
   return learned;
 }
 

@@ -44,10 +44,30 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
 void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchParam& settings,
              const std::vector<CGlycan>& glycanTable);
 
+// Mass errors of the precursor against the glycan, in ppm, of confident lines:
+// centre (median) and spread (scaled median absolute deviation).
+struct CMassErrorModel {
+  double centre = 0.0;
+  double spread = 3.0;
+};
+inline constexpr double kConfidentQ = 0.01;
+inline constexpr std::size_t kMinimalErrorSample = 30;
+inline constexpr double kSmallestSpreadPpm = 0.5;
+// How often a precursor is picked one isotope peak too high, before the evidence.
+inline constexpr double kIsotopeErrorPrior = 0.1;
+
+CMassErrorModel FitMassErrors(const std::vector<CGlycopeptideHit>& hits);
+// The chance that the other isotope reading of a call is the right one.
+double IsotopeRivalProbability(const CGlycanCall& call, const CMassErrorModel& model);
+// GlycopeptideQ from PeptideQ and GlycanQ plus the expected share of calls
+// whose glycan is the other isotope reading.
+void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits);
+
 // Final score and the three q-values of every hit, from the hits alone:
 // PeptideQ from the library decoys on the rescored match, GlycanQ from a
 // competition of each glycan's Y ions against a decoy glycan's, and
-// GlycopeptideQ, the chance that either is wrong, bounded by their sum.
+// GlycopeptideQ, the chance that either is wrong, bounded by their sum, plus
+// the expected share of glycans that only the mass error chose.
 // Returns whether the rescoring model was learned (else the search score stands).
 bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits);
 

@@ -28,7 +28,19 @@ constexpr uint32_t kFolds = 3;
 const char* const kFeatureNames[] = {
     "score",      "dps",         "ps",        "pepIons",      "pepIntShare",
     "yIons",      "yIntShare",   "lnCandidates", "yCoreLevels", "yCoreIntensity",
-    "sialicContradictions", "absMassErrorPpm", "isotope"};
+    "sialicContradictions", "absMassErrorPpm", "isotope", "massErrorZ2",
+    "innerB",     "innerY",      "innerCoverage"};
+
+// The features that say which peptide matched: b and y ions, except the two
+// shortest of each kind. A reversed decoy never shares the C-terminal K or R
+// of a tryptic query, while every target of the same ending does; counted,
+// y1 and y2 would make chance targets outscore chance decoys. The Y ions and
+// the scores built on them are left out: they confirm the peptide's mass,
+// which a library neighbour of about the same mass shares.
+constexpr std::size_t kPeptideFeatures[] = {7, 13, 14, 15, 16};
+
+// A squared standardised mass error above this says no more than this does.
+constexpr double kLargestErrorZ2 = 25.0;
 
 // FNV-1a: a hash that is the same on every platform, for folds and decoys.
 uint64_t StableHash(const std::string& text) {
@@ -66,6 +78,19 @@ void WriteFileAtomically(const std::string& path, const std::string& text) {
   }
 }
 
+// Counts the b and y ions of at least 3 residues in an ion list "b3+;y11++;Y2+;".
+void CountInnerIons(const std::string& ions, int& innerB, int& innerY) {
+  innerB = innerY = 0;
+  for (std::size_t start = 0; start < ions.size();) {
+    std::size_t end = ions.find(';', start);
+    if (end == std::string::npos) end = ions.size();
+    if (end - start >= 2 && (ions[start] == 'b' || ions[start] == 'y') &&
+        std::atoi(ions.c_str() + start + 1) >= 3)
+      ++(ions[start] == 'b' ? innerB : innerY);
+    start = end + 1;
+  }
+}
+
 }  // namespace
 
 std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& records) {
@@ -86,6 +111,7 @@ std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& re
     hit.searchScore = record.score;
     hit.decoy = record.isDecoy;
     hit.protein = text(23);
+    CountInnerIons(text(21), hit.innerB, hit.innerY);
     // score, DPS, PS, peptide ions and share, Y ions and share, candidates
     hit.lineFeatures = {record.score, Number(f, 17), Number(f, 18), Number(f, 15), Number(f, 16),
                         Number(f, 13), Number(f, 14), std::log1p(std::max(0.0, Number(f, 12)))};
@@ -148,12 +174,12 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
   }
 }
 
-CMassErrorModel FitMassErrors(const std::vector<CGlycopeptideHit>& hits) {
+CMassErrorModel FitMassErrors(const std::vector<CGlycopeptideHit>& hits,
+                              const std::vector<bool>& confident) {
   std::vector<double> errors;
-  for (const CGlycopeptideHit& hit : hits)
-    if (!hit.decoy && hit.call.glycan != nullptr && hit.call.isotope == 0 &&
-        hit.peptideQ + hit.glycanQ <= kConfidentQ)
-      errors.push_back(hit.call.massErrorPpm);
+  for (std::size_t i = 0; i < hits.size(); ++i)
+    if (confident[i] && !hits[i].decoy && hits[i].call.glycan != nullptr && hits[i].call.isotope == 0)
+      errors.push_back(hits[i].call.massErrorPpm);
   CMassErrorModel model;
   if (errors.size() < kMinimalErrorSample) return model;
   auto median = [](std::vector<double> v) {
@@ -178,7 +204,9 @@ double IsotopeRivalProbability(const CGlycanCall& call, const CMassErrorModel& m
 }
 
 void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits) {
-  const CMassErrorModel model = FitMassErrors(hits);
+  std::vector<bool> confident;
+  for (const CGlycopeptideHit& hit : hits) confident.push_back(hit.peptideQ + hit.glycanQ <= kConfidentQ);
+  const CMassErrorModel model = FitMassErrors(hits, confident);
   // Lines in order of their own risk; each then carries the larger of the
   // two decoy estimates so far plus the mean chance, so far, that the other
   // isotope reading was the right one.
@@ -208,6 +236,17 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
   CRescoreInput input;
   input.foldCount = kFolds;
   std::vector<double> fallback;
+  std::vector<bool> decoys;
+  for (const CGlycopeptideHit& hit : hits) {
+    fallback.push_back(hit.searchScore);
+    decoys.push_back(hit.decoy);
+  }
+  // The mass errors of right matches gather near a centre, those of chance
+  // matches spread over the whole tolerance: a feature once the centre is
+  // known from the lines that the search score alone puts at 1 %.
+  std::vector<bool> confident;
+  for (double q : TargetDecoyQValues(fallback, decoys)) confident.push_back(q <= kConfidentQ);
+  const CMassErrorModel errors = FitMassErrors(hits, confident);
   for (CGlycopeptideHit& hit : hits) {
     hit.features = hit.lineFeatures;
     hit.features.resize(8, 0.0);
@@ -215,10 +254,16 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
                         {static_cast<double>(hit.yIons.levels), hit.yIons.intensity,
                          static_cast<double>(hit.call.contradictions),
                          std::fabs(hit.call.massErrorPpm), static_cast<double>(hit.call.isotope)});
-    input.features.push_back(hit.features);
+    const double z = (hit.call.massErrorPpm - errors.centre) / errors.spread;
+    hit.features.push_back(hit.call.glycan != nullptr ? std::min(kLargestErrorZ2, z * z) : kLargestErrorZ2);
+    const double innerLadder = std::max(1.0, 2.0 * (static_cast<double>(hit.sequence.size()) - 3.0));
+    hit.features.insert(hit.features.end(), {static_cast<double>(hit.innerB),
+                                             static_cast<double>(hit.innerY),
+                                             (hit.innerB + hit.innerY) / innerLadder});
+    std::vector<double>& row = input.features.emplace_back();
+    for (std::size_t j : kPeptideFeatures) row.push_back(hit.features[j]);
     input.decoys.push_back(hit.decoy);
     input.folds.push_back(static_cast<uint32_t>(StableHash(hit.query) % kFolds));
-    fallback.push_back(hit.searchScore);
   }
   bool learned = false;
   const std::vector<double> scores = CrossValidatedScores(input, fallback, learned);

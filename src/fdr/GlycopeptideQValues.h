@@ -14,6 +14,7 @@ struct CGlycopeptideHit {
   bool decoy = false;
   double queryMH = 0.0, peptideMH = 0.0, searchScore = 0.0;
   uint32_t charge = 0;
+  int innerB = 0, innerY = 0;  // matched b and y ions of 3 residues or more
   std::vector<double> lineFeatures;  // the scores and ion counts of the line
   // From the spectrum.
   bool spectrumFound = false;
@@ -56,7 +57,10 @@ inline constexpr double kSmallestSpreadPpm = 0.5;
 // How often a precursor is picked one isotope peak too high, before the evidence.
 inline constexpr double kIsotopeErrorPrior = 0.1;
 
-CMassErrorModel FitMassErrors(const std::vector<CGlycopeptideHit>& hits);
+// Fitted on the confident targets read at isotope 0; the defaults stand when
+// they are too few.
+CMassErrorModel FitMassErrors(const std::vector<CGlycopeptideHit>& hits,
+                              const std::vector<bool>& confident);
 // The chance that the other isotope reading of a call is the right one.
 double IsotopeRivalProbability(const CGlycanCall& call, const CMassErrorModel& model);
 // GlycopeptideQ from PeptideQ and GlycanQ plus the expected share of calls

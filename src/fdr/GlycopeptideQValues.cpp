@@ -260,6 +260,10 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
     hit.features.insert(hit.features.end(), {static_cast<double>(hit.innerB),
                                              static_cast<double>(hit.innerY),
                                              (hit.innerB + hit.innerY) / innerLadder});
+    // A damaged line can hold "nan" or "inf"; one such value would spoil the
+    // model for every line.
+    for (double& value : hit.features)
+      if (!std::isfinite(value)) value = 0.0;
     std::vector<double>& row = input.features.emplace_back();
     for (std::size_t j : kPeptideFeatures) row.push_back(hit.features[j]);
     input.decoys.push_back(hit.decoy);

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <tuple>
 
+#include "run/Param.h"
+
 namespace {
 
 constexpr double kProton = 1.00727646688;
@@ -74,7 +76,7 @@ CGlycanCall CallGlycan(const std::vector<CGlycan>& table, double delta, double t
 }
 
 CYIonEvidence FindYIons(const std::vector<CPeak>& peaksByMz, double peptideMH,
-                        uint32_t highestCharge, double offset, double productTolerance) {
+                        uint32_t highestCharge, double offset, CProductTolerance tolerance) {
   CYIonEvidence evidence;
   const std::vector<double>& core = CNGlycanFrag::GetInstance().coreMasses;
   std::vector<std::size_t> taken;
@@ -82,6 +84,7 @@ CYIonEvidence FindYIons(const std::vector<CPeak>& peaksByMz, double peptideMH,
     bool found = false;
     for (uint32_t z = 1; z <= std::max<uint32_t>(1, highestCharge); ++z) {
       const double mz = (peptideMH + coreMass + offset + (z - 1) * kProton) / z;
+      const double productTolerance = ToleranceInDa(tolerance.value, tolerance.unit, mz);
       auto it = std::lower_bound(peaksByMz.begin(), peaksByMz.end(), mz - productTolerance,
                                  [](const CPeak& p, double m) { return p.mz < m; });
       // The strongest peak in reach stands for this ion.

@@ -47,5 +47,10 @@ struct CYIonEvidence {
   double intensity = 0.0;
   double Score() const { return levels + intensity; }
 };
+// The product tolerance as configured: a value and its unit (0 Da, 1 ppm).
+struct CProductTolerance {
+  double value = 0.0;
+  int32_t unit = 0;
+};
 CYIonEvidence FindYIons(const std::vector<CPeak>& peaksByMz, double peptideMH,
-                        uint32_t highestCharge, double offset, double productTolerance);
+                        uint32_t highestCharge, double offset, CProductTolerance tolerance);

@@ -14,7 +14,6 @@
 #include "run/NumberText.h"
 #include "run/Process.h"
 #include "search/QueryBatch.h"
-#include "search/SpectrumMatcher.h"
 #include "spectrum/SpecIO.h"
 
 namespace {
@@ -128,9 +127,9 @@ void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchPara
   std::vector<CPeak> byMz = prepared.peaks;
   std::sort(byMz.begin(), byMz.end(), [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; });
   // Y ions carry at most one charge less than the precursor.
-  const uint32_t highest = std::max<uint32_t>(1, hit.charge > 1 ? hit.charge - 1 : 1);
-  const double productTolerance = ToleranceInDa(settings.query_product_ion_tolerance,
-                                                settings.query_product_ion_unit, 1000.0);
+  const uint32_t highest = hit.charge > 1 ? hit.charge - 1 : 1;
+  const CProductTolerance productTolerance{settings.query_product_ion_tolerance,
+                                           settings.query_product_ion_unit};
   hit.yIons = FindYIons(byMz, hit.peptideMH, highest, 0.0, productTolerance);
   const uint64_t h = StableHash(hit.query);
   const std::size_t offsets = sizeof kDecoyOffsets / sizeof kDecoyOffsets[0];

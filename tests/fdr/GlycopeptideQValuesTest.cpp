@@ -113,11 +113,13 @@ TEST(GlycopeptideQValues, YIonsAtThePeptideMassAndNotAtADecoyOffset) {
   peaks[2].mz = peptide, peaks[2].intensity = 0.5;
   peaks[3].mz = peptide + 203.0794, peaks[3].intensity = 0.5;
   std::sort(peaks.begin(), peaks.end(), [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; });
-  const CYIonEvidence found = FindYIons(peaks, peptide, 2, 0.0, 0.02);
+  const CYIonEvidence found = FindYIons(peaks, peptide, 2, 0.0, {0.02, 0});
   EXPECT_EQ(found.levels, 3);
   EXPECT_DOUBLE_EQ(found.intensity, 1.25);
-  EXPECT_EQ(FindYIons(peaks, peptide, 1, 0.0, 0.02).levels, 2);  // no charge 2 tried
-  EXPECT_EQ(FindYIons(peaks, peptide, 2, 7.43, 0.02).levels, 0);
+  EXPECT_EQ(FindYIons(peaks, peptide, 1, 0.0, {0.02, 0}).levels, 2);  // no charge 2 tried
+  EXPECT_EQ(FindYIons(peaks, peptide, 2, 7.43, {0.02, 0}).levels, 0);
+  // 10 ppm reach 0.015 at m/z 1500 but only 0.0095 at m/z 954: Y2++ (0.01 off) is lost.
+  EXPECT_EQ(FindYIons(peaks, peptide, 2, 0.0, {10.0, 1}).levels, 2);
 }
 
 TEST(GlycopeptideQValues, RescoringLearnsOnOtherFoldsAndNeedsEnoughDecoys) {

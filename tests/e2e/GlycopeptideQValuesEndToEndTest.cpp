@@ -103,4 +103,40 @@ TEST(GlycopeptideQValuesEndToEnd, FalseShareAtOnePercentStaysWithinTheGoalAndPla
   EXPECT_LE((loose.kept - loose.right) * 20, loose.kept * 2);  // 5 %: within twice the estimate
 }
 
+TEST(GlycopeptideQValuesEndToEnd, ChanceHitsOfRealSpectraWithoutDecoysAreNotCalledSure) {
+  const std::vector<std::string> queries = {testutil::RealData("MetaMorpheus/Glyco_3383.mgf"),
+                                            testutil::RealData("MetaMorpheus/yeast_glycan_25170.mgf"),
+                                            testutil::RealData("glycopeptide_feature_learning/test1.mgf")};
+  for (const std::string& path : queries)
+    if (!testutil::FileExists(path)) GTEST_SKIP() << "missing folder " << testutil::RealData("");
+  TempDir dir;
+  const std::string bin = dir / "bin", data = dir / "data";
+  std::filesystem::create_directories(bin);
+  const std::string exe = testutil::InstallProgram(bin);
+  ASSERT_EQ(testutil::RunProgram(QUORIN_DATAGEN, "", ".",
+                                 {"demo", data, "--masstable", bin + "/MassTable.ini"}).exitCode, 0);
+  // The demo library, searched with real glycopeptide spectra of other peptides.
+  std::string conf = ReadFile(data + "/demo.conf");
+  const std::string first = "query_dataset_number = 1\nquery_dataset_format = mgf\n";
+  const std::size_t at = conf.find(first);
+  ASSERT_NE(at, std::string::npos);
+  conf.replace(at, conf.find('\n', at + first.size()) + 1 - at,
+               "query_dataset_number = 3\nquery_dataset_format = mgf\nquery_dataset_pathname_1 = " +
+                   queries[0] + "\nquery_dataset_pathname_2 = " + queries[1] +
+                   "\nquery_dataset_pathname_3 = " + queries[2] + "\n");
+  testutil::WriteFile(data + "/real.conf", conf + "glycopeptide_fdr = YES\n");
+  const testutil::RunResult run = testutil::RunProgram(exe, data + "/real.conf\n");
+  ASSERT_EQ(run.exitCode, 0) << run.output;
+
+  // Every line is a chance hit on a target and no decoy is there to count:
+  // the FDR column says 0, the q-values say nothing is sure.
+  const std::vector<std::string> result = ReadLines(data + "/demo_result.txt");
+  ASSERT_GE(result.size(), 2u);
+  for (std::size_t n = 1; n < result.size(); ++n) EXPECT_EQ(Fields(result[n]).back(), "0.000");
+  const std::vector<std::string> qvalues = ReadLines(data + "/demo_result_qvalues.txt");
+  ASSERT_EQ(qvalues.size(), result.size());
+  for (std::size_t n = 1; n < qvalues.size(); ++n)
+    EXPECT_GE(std::atof(Fields(qvalues[n])[9].c_str()), 0.5) << qvalues[n];
+}
+
 }  // namespace

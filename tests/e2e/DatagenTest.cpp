@@ -61,4 +61,23 @@ TEST(DatagenTest, SameArgumentsGiveIdenticalFilesAndAnotherSeedOthers) {
   EXPECT_FALSE(testutil::FileExists(c / "x"));
 }
 
+TEST(DatagenTest, QualityModeIsReproducibleAndHoldsEveryKindOfQuery) {
+  TempDir a, b;
+  auto generate = [](const std::string& dir) {
+    return RunProgram(QUORIN_DATAGEN, "", ".",
+                      {"quality", dir, "--peptides", "60", "--queries", "300", "--seed", "5",
+                       "--masstable", kMassTable}).exitCode;
+  };
+  ASSERT_EQ(generate(a / "out"), 0);
+  ASSERT_EQ(generate(b / "out"), 0);
+  for (const std::string name : {"glyco_run1.mgf", "truth.tsv", "lib_ids.txt"})
+    EXPECT_EQ(ReadFile(a / ("out/" + name)), ReadFile(b / ("out/" + name))) << name;
+  const std::string truth = ReadFile(a / "out/truth.tsv");
+  for (const char* kind : {"\tglyco\t", "\tisotope\t", "\tisobaric\t", "\toxidised_form\t",
+                           "\tmissed_cleavage\t", "\tabsent\t", "\tnoise\t", "\tno_marker\t",
+                           "\tweak_marker\t"})
+    EXPECT_NE(truth.find(kind), std::string::npos) << kind;
+  EXPECT_NE(ReadFile(a / "out/quality.conf").find("\nglycopeptide_fdr = yes\n"), std::string::npos);
+}
+
 }  // namespace

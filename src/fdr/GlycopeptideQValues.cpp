@@ -135,12 +135,6 @@ void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchPara
   const std::size_t offsets = sizeof kDecoyOffsets / sizeof kDecoyOffsets[0];
   hit.decoyYIons = FindYIons(byMz, hit.peptideMH, highest, kDecoyOffsets[h % offsets],
                              productTolerance);
-  // The decoy glycan's composition is any of the table, so that its oxonium
-  // evidence is what chance gives.
-  if (!glycanTable.empty()) {
-    const CGlycan& decoy = glycanTable[(h / offsets) % glycanTable.size()];
-    hit.decoyContradictions = (decoy.hasNeuAc != prepared.hasNeuAc) + (decoy.hasNeuGc != prepared.hasNeuGc);
-  }
   hit.spectrumFound = true;
 }
 

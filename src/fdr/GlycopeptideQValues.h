@@ -20,7 +20,6 @@ struct CGlycopeptideHit {
   bool spectrumFound = false;
   CGlycanCall call;
   CYIonEvidence yIons, decoyYIons;  // at the peptide's Y ions, and moved by a decoy glycan
-  int decoyContradictions = 0;      // of the decoy glycan's composition
   // Results.
   std::vector<double> features;
   double score = 0.0;  // the final score
@@ -28,7 +27,9 @@ struct CGlycopeptideHit {
 
   std::string GlycanName() const { return call.glycan ? call.glycan->name : searchGlycan; }
   double GlycanScore() const { return yIons.Score() - 2.0 * call.contradictions; }
-  double DecoyGlycanScore() const { return decoyYIons.Score() - 2.0 * decoyContradictions; }
+  // The decoy glycan shares the composition's oxonium evidence: the two
+  // differ in their Y ions alone, so that neither is favoured by chance.
+  double DecoyGlycanScore() const { return decoyYIons.Score() - 2.0 * call.contradictions; }
 };
 
 // The hits of result lines (27 or more tab-separated columns); a line with

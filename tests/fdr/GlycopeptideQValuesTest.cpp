@@ -11,6 +11,7 @@
 
 #include "fdr/GlycanCall.h"
 #include "fdr/GlycopeptideQValues.h"
+#include "fdr/QValueFiles.h"
 #include "fdr/QValues.h"
 #include "fdr/Rescorer.h"
 #include "molecule/MassTable.h"

@@ -90,7 +90,6 @@ void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchPara
   const std::size_t offsets = sizeof kDecoyOffsets / sizeof kDecoyOffsets[0];
   hit.decoyYIons = FindYIons(byMz, hit.peptideMH, highest, kDecoyOffsets[h % offsets],
                              productTolerance);
-  hit.spectrumFound = true;
 }
 
 void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam& settings,

@@ -16,8 +16,7 @@ struct CGlycopeptideHit {
   uint32_t charge = 0;
   int innerB = 0, innerY = 0;  // matched b and y ions of 3 residues or more
   std::vector<double> lineFeatures;  // the scores and ion counts of the line
-  // From the spectrum.
-  bool spectrumFound = false;
+  // From the spectrum; left empty when it isn't found (the glycan then loses).
   CGlycanCall call;
   CYIonEvidence yIons, decoyYIons;  // at the peptide's Y ions, and moved by a decoy glycan
   // Results.

@@ -24,6 +24,8 @@ namespace {
 // y1 and y2 would make chance targets outscore chance decoys. The Y ions and
 // the scores built on them are left out: they confirm the peptide's mass,
 // which a library neighbour of about the same mass shares.
+// Places in kGlycopeptideFeatureNames: lnCandidates, massErrorZ2, innerB,
+// innerY, innerCoverage.
 constexpr std::size_t kPeptideFeatures[] = {7, 13, 14, 15, 16};
 
 // A squared standardised mass error above this says no more than this does.

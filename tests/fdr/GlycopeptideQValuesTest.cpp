@@ -149,6 +149,41 @@ TEST(GlycopeptideQValues, RescoringLearnsOnOtherFoldsAndNeedsEnoughDecoys) {
   EXPECT_FALSE(learned);
 }
 
+TEST(GlycopeptideQValues, TheOtherIsotopeReadingAddsItsChanceToTheGlycopeptideQValue) {
+  const std::vector<CGlycan> table = Table({"5-4-1-0-0"});
+  const CMassErrorModel model;  // centre 0, spread 3 ppm
+  struct Case {
+    int isotope;
+    double errorPpm, rivalErrorPpm, expected;
+  };
+  const std::vector<Case> cases = {
+      {0, 0.0, NAN, 0.0},         // no rival reading
+      {0, 0.0, 0.0, 0.1},         // equal errors: the prior of an isotope error decides
+      {1, 0.0, 0.0, 0.9},
+      {0, 0.0, 30.0, 0.0}};       // a rival far off in mass hardly counts
+  for (const Case& c : cases) {
+    CGlycanCall call;
+    call.glycan = &table[0];
+    call.isotope = c.isotope;
+    call.massErrorPpm = c.errorPpm;
+    call.rivalErrorPpm = c.rivalErrorPpm;
+    EXPECT_NEAR(IsotopeRivalProbability(call, model), c.expected, 1e-9) << c.rivalErrorPpm;
+  }
+
+  // Two lines sure of peptide and glycan; the second has an isotope rival at
+  // equal error. The first keeps the sum of its q-values, the second carries
+  // the mean rival chance of the two.
+  std::vector<CGlycopeptideHit> hits(2);
+  for (CGlycopeptideHit& hit : hits) {
+    hit.peptideQ = hit.glycanQ = 0.001;
+    hit.call.glycan = &table[0];
+  }
+  hits[1].call.rivalErrorPpm = 0.0;
+  AddIsotopeRivals(hits);
+  EXPECT_DOUBLE_EQ(hits[0].glycopeptideQ, 0.002);
+  EXPECT_DOUBLE_EQ(hits[1].glycopeptideQ, 0.002 + 0.1 / 2);
+}
+
 TEST(GlycopeptideQValues, FileNamesTakeTheSuffixBeforeTheExtension) {
   const std::vector<std::pair<std::string, std::string>> cases = {
       {"/data/out/result.txt", "/data/out/result_qvalues.txt"},

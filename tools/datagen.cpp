@@ -5,6 +5,11 @@
 //
 //   quorin_datagen demo  <outdir> [--peptides N] [--queries N] [--seed N] [--masstable PATH]
 //   quorin_datagen bench <outdir> [--peptides N] [--queries N] [--seed N] [--masstable PATH]
+//   quorin_datagen quality <outdir> [--peptides N] [--queries N] [--seed N] [--masstable PATH]
+//
+// quality makes the same library as demo, but queries of every kind that can be
+// misidentified (isotope errors, isobaric glycans, peptide forms the library
+// lacks, noise that passes the marker test), and asks for glycopeptide q-values.
 //
 // The same arguments always give byte-identical files.
 #include <unistd.h>
@@ -19,6 +24,7 @@
 
 #include "DatagenChemistry.h"
 #include "DatagenPeptides.h"
+#include "DatagenQualityQueries.h"
 #include "DatagenRandom.h"
 #include "DatagenSpectra.h"
 
@@ -37,6 +43,9 @@ enum Stream : uint32_t {
   kQuerySpectra,
   kAbsentPeptides,
   kProteins,
+  kQualityPlan,
+  kQualitySpectra,
+  kQualityPeptides,  // and the next stream for absent peptides
 };
 
 struct COptions {
@@ -56,10 +65,12 @@ struct COptions {
 
 void Usage() {
   std::fprintf(stderr,
-               "Usage: quorin_datagen demo|bench <outdir> [--peptides N] [--queries N] "
+               "Usage: quorin_datagen demo|bench|quality <outdir> [--peptides N] [--queries N] "
                "[--seed N] [--masstable PATH]\n"
-               "  demo:  200 library peptide ions, 400 queries by default\n"
-               "  bench: 20000 library peptide ions, 50000 queries by default\n");
+               "  demo:    200 library peptide ions, 400 queries by default\n"
+               "  bench:   20000 library peptide ions, 50000 queries by default\n"
+               "  quality: 2000 library peptide ions, 20000 queries of every kind that can be\n"
+               "           misidentified by default\n");
   std::exit(2);
 }
 
@@ -91,6 +102,9 @@ COptions ParseOptions(int argc, char** argv) {
     o.peptides = 20000;
     o.queries = 50000;
     o.maxSpectra = 3;
+  } else if (o.mode == "quality") {
+    o.peptides = 2000;
+    o.queries = 20000;
   } else {
     Usage();
   }
@@ -271,7 +285,13 @@ int main(int argc, char** argv) {
     return it != libraryMasses.end() && *it <= mh + tolerance;
   };
 
-  {
+  if (opt.mode == "quality") {
+    COutFile mgf((out / "glyco_run1.mgf").string());
+    COutFile truth((out / "truth.tsv").string());
+    CQualityContext context{chem, peptides, singleSite, keys, nearLibraryMass,
+                            opt.seed, kQualityPlan, kQualitySpectra, kQualityPeptides};
+    WriteQualityQueries(context, opt.queries, mgf.get(), truth.get());
+  } else {
     COutFile mgf((out / "glyco_run1.mgf").string());
     COutFile truth((out / "truth.tsv").string());
     std::fputs("Query\tKind\tPeptide\tCharge\tGlycan\tGlycanMass\tSite\tModification\tInLibrary\n", truth.get());
@@ -391,13 +411,16 @@ int main(int argc, char** argv) {
                  path("lib_run2.mgf").c_str(), path(opt.mode + ".quolib").c_str(), path(fastaName).c_str(),
                  path(opt.mode + ".quolib").c_str(), path("glyco_run1.mgf").c_str(),
                  path(opt.mode + "_result.txt").c_str());
+    if (opt.mode == "quality") std::fputs("glycopeptide_fdr = yes\n", conf.get());
   }
 
   std::printf("Generated %s dataset in %s\n", opt.mode.c_str(), out.string().c_str());
   std::printf("  library: %zu marked peptides, %zu peptide ions, %zu identified spectra (%zu unmarked ions to be dropped)\n",
               markedPeptides, ions.size(), plan.size(), unmarked.size());
-  std::printf("  queries: %d (glyco %d, absent from library %d, no marker %d, weak marker %d)\n", opt.queries,
-              glycoCount, absentCount, noMarkerCount, opt.queries - glycoCount - absentCount - noMarkerCount);
+  if (opt.mode == "quality") std::printf("  queries: %d of every kind, see truth.tsv\n", opt.queries);
+  else
+    std::printf("  queries: %d (glyco %d, absent from library %d, no marker %d, weak marker %d)\n", opt.queries,
+                glycoCount, absentCount, noMarkerCount, opt.queries - glycoCount - absentCount - noMarkerCount);
   std::printf("  configuration: %s\n", (out / confName).string().c_str());
   return 0;
 }

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "cli/ExitStatus.h"
+#include "fdr/QValueFiles.h"
 #include "report/HtmlReport.h"
 #include "run/Process.h"
 #include "run/SafeOutputFile.h"
@@ -23,7 +24,7 @@ int ReportCommand(const CRunOptions& options, const std::string& out, int topN) 
   request.resultPath = result;
   request.libraryPath = param.search.input_speclib_filename;
   request.queryDatasets = param.search.query_datasets;
-  request.qvaluesPath = QValuesFileName(result);
+  request.qvaluesPath = QValuePath(result);
   request.summaryPath = BesideWithSuffix(result, "_summary.json");
   request.outPath = out.empty() ? DefaultReportPath(result) : out;
   request.topN = topN;

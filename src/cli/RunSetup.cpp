@@ -71,14 +71,6 @@ std::string BesideWithSuffix(const std::string& path, const std::string& suffix)
   return path.substr(0, point) + suffix;
 }
 
-std::string QValuesFileName(const std::string& resultPath) {
-  const std::size_t separator = LastSeparator(resultPath);
-  const std::size_t nameStart = separator == std::string::npos ? 0 : separator + 1;
-  const std::size_t point = resultPath.rfind('.');
-  if (point == std::string::npos || point < nameStart) return resultPath + "_qvalues";
-  return resultPath.substr(0, point) + "_qvalues" + resultPath.substr(point);
-}
-
 bool PrepareRun(const CRunOptions& options, CParam& param) {
   if (GetPathKind(options.config) != PathKind::File) {
     std::cout << "[Error]: The configuration file " << options.config

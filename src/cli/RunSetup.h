@@ -23,10 +23,6 @@ bool PrepareRun(const CRunOptions& options, CParam& param);
 // naming the key, the path and why.
 std::vector<std::string> UnreadableInputs(const CParam& param);
 
-// The q-value file of a result file: "_qvalues" before the extension
-// ("out/result.txt" -> "out/result_qvalues.txt").
-std::string QValuesFileName(const std::string& resultPath);
-
 // <path up to the last point of its file name><suffix>: "a/lib.quolib" with
 // "_MassTable.ini" gives "a/lib_MassTable.ini".
 std::string BesideWithSuffix(const std::string& path, const std::string& suffix);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "fdr/FdrEstimator.h"
+#include "fdr/GlycopeptideQValues.h"
 #include "run/Process.h"
 
 CFdrCounts RunFdr(const CSearchParam& settings) {
@@ -19,6 +20,7 @@ CFdrCounts RunFdr(const CSearchParam& settings) {
     std::rename(resultPath.c_str(), tmpPath.c_str());
   CFdrEstimator estimator(tmpPath, resultPath, 1);
   estimator.Estimate();
+  if (settings.glycopeptide_fdr) RunGlycopeptideQValues(settings, estimator.records);
   std::remove(tmpPath.c_str());
   return estimator.Counts();
 }

@@ -39,8 +39,8 @@ const std::vector<CConfigKey>& ConfigKeys() {
        "path of list N, for N from 1 to identification_number"},
       {kC, "library_dataset_number", K::Integer, "1", "how many spectrum files follow, 0 or more"},
       {kC, "library_dataset_format", K::Keyword, "mgf",
-       "format of the spectrum files: mgf, dta (a .dta file or a folder of them) or dtas (any "
-       "case)"},
+       "format of the spectrum files: mgf, dta (a .dta file or a folder of them), dtas, mzml "
+       "(also .mzML.gz) or mzxml (any case)"},
       {kC, "library_dataset_pathname_N", K::Path, "identified.mgf",
        "path of spectrum file N; the lists' spectrum names begin with its name up to the last "
        "point"},
@@ -65,7 +65,8 @@ const std::vector<CConfigKey>& ConfigKeys() {
       {kS, "query_dataset_number", K::Integer, "1",
        "how many query spectrum files follow, 0 or more"},
       {kS, "query_dataset_format", K::Keyword, "mgf",
-       "format of the query files: mgf, dta (a .dta file or a folder of them) or dtas (any case)"},
+       "format of the query files: mgf, dta (a .dta file or a folder of them), dtas, mzml (also "
+       ".mzML.gz) or mzxml (any case)"},
       {kS, "query_dataset_pathname_N", K::Path, "glycopeptides.mgf", "path of query file N"},
       {kS, "query_precursor_ion_unit", K::Keyword, "ppm", "da or ppm, exactly in lower case"},
       {kS, "query_precursor_ion_tolerance", K::Number, "10",
@@ -77,6 +78,9 @@ const std::vector<CConfigKey>& ConfigKeys() {
        "result file: 27 tab-separated columns, ranked with a 28th (FDR) after the search"},
       {kS, "minimal_peptide_ions", K::Integer, "2",
        "least number of matched b/y ions of a reported hit, a whole number"},
+      {kS, "glycopeptide_fdr", K::Switch, "no",
+       "yes also writes peptide, glycan and glycopeptide q-values beside the result; optional, "
+       "default no"},
   };
   return keys;
 }

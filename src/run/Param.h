@@ -67,6 +67,8 @@ struct CSearchParam {
   double query_precursor_ion_tolerance = 0.0;
   std::string mass_table_filename = kMassTableFilename;  // no key
   uint32_t threads = 0;  // no key: 0 all hardware threads, else that many
+  // Optional: the FDR stage also writes peptide, glycan and glycopeptide q-values.
+  bool glycopeptide_fdr = false;
 };
 
 // A tolerance in Da at the given m/z: unit 0 (Da) the value itself, unit 1 (ppm)

@@ -71,6 +71,14 @@ class CSectionReader {
   // The on/off key that opens a section: only the word "no" switches it off.
   bool Enabled(const std::string& key) { return FoldedValue(key) != "no"; }
 
+  // An optional yes/no key, folded; absent or empty means no, any other word is a fault.
+  bool OptionalYesNo(const std::string& key) {
+    std::string value = FoldedValue(key);
+    if (value.empty() || value == "no") return false;
+    if (value == "yes") return true;
+    Fault(key);
+  }
+
   // A required count of indexed keys, 0 or more.
   int Count(const std::string& key) {
     int count = Integer(key);
@@ -196,6 +204,7 @@ void LoadSearch(CConfigFile& config, CSearchParam& search, bool explain) {
       reader.Tolerance("query_product_ion_tolerance", search.query_product_ion_unit);
   search.output_result_filename = reader.Required("output_result_filename");
   search.minimal_peptide_ions = reader.Integer("minimal_peptide_ions");
+  search.glycopeptide_fdr = reader.OptionalYesNo("glycopeptide_fdr");
 }
 
 }  // namespace

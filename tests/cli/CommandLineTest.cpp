@@ -145,7 +145,7 @@ TEST_F(CommandLine, FaultsSayWhatWasExpected) {
        1,
        "\texpected: weight of the theoretical b/y ions in a library "
        "spectrum, from 0 to 1; found \"0.3x\"\n"},
-      {{"library_dataset_format", "raw"}, 1, "dtas (any case); found \"raw\""},
+      {{"library_dataset_format", "raw"}, 1, "mzml (also .mzML.gz) or mzxml (any case); found \"raw\""},
       {{"qurey_dataset_format", "mgf"},
        0,
        "[Warning]: The key \"qurey_dataset_format\" in section \"construction\" is not one the "
@@ -264,7 +264,7 @@ TEST_F(CommandLine, TemplateNamesEveryKeyAndParses) {
                           "query_product_ion_unit",
                           "query_product_ion_tolerance",
                           "output_result_filename",
-                          "minimal_peptide_ions"}) {
+                          "minimal_peptide_ions", "glycopeptide_fdr"}) {
     EXPECT_TRUE(Has(result.output, "\n" + std::string(key) + " = ")) << key;
   }
   testutil::TempDir dir;

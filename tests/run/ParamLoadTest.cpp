@@ -28,7 +28,7 @@ const char* const kValid =
     "query_dataset_pathname_2 = q2.dtas\nquery_precursor_ion_unit = ppm\n"
     "query_precursor_ion_tolerance = 10\nquery_product_ion_unit = da\n"
     "query_product_ion_tolerance = 0.02\noutput_result_filename = result.txt\n"
-    "minimal_peptide_ions = 3\n";
+    "minimal_peptide_ions = 3\nglycopeptide_fdr = no\n";
 
 // Changes to the valid configuration: a new value, or nullopt to leave the key out.
 using Changes = std::map<std::string, std::optional<std::string>>;
@@ -125,6 +125,10 @@ TEST(ParamLoad, FormatKeywordsLenientNumbersAndDisabledSections) {
   EXPECT_DOUBLE_EQ(param.LibraryProductTolerance(1000.0), 0.02);  // 20 ppm at 1000
   EXPECT_EQ(param.search.minimal_peptide_ions, -4);
   EXPECT_DOUBLE_EQ(LoadText(dir, ConfigText({{"theta", "0"}})).construction.theta, 0.0);
+  // The q-value key is optional and folded.
+  for (auto [value, on] : {std::pair<std::optional<std::string>, bool>{std::nullopt, false},
+                           {"", false}, {"No", false}, {"YES", true}, {"yes", true}})
+    EXPECT_EQ(LoadText(dir, ConfigText({{"glycopeptide_fdr", value}})).search.glycopeptide_fdr, on);
 
   // A disabled section reads no other key and keeps its defaults.
   LoadText(dir, ConfigText({{"construction", "No"}, {"theta", "5"}}));
@@ -154,7 +158,8 @@ TEST(ParamLoad, TheFirstFaultInReadingOrderNamesItsKey) {
       {"query_dataset_format", "mzdata"}, {"query_precursor_ion_unit", ""},
       {"query_precursor_ion_unit", "PPM"}, {"query_precursor_ion_tolerance", "-1"},
       {"query_product_ion_unit", none}, {"query_product_ion_tolerance", ""},
-      {"output_result_filename", none}, {"minimal_peptide_ions", ""}};
+      {"output_result_filename", none}, {"minimal_peptide_ions", ""},
+      {"glycopeptide_fdr", "maybe"}, {"glycopeptide_fdr", "1"}};
   for (auto [cases, section] : {std::pair{&construction, "construction"}, {&search, "search"}}) {
     for (const auto& [key, value] : *cases) {
       SCOPED_TRACE(key + " = " + value);

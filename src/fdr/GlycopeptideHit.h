@@ -1,0 +1,49 @@
+#pragma once
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "fdr/FdrEstimator.h"
+#include "fdr/GlycanCall.h"
+#include "run/Param.h"
+
+// One result line as the glycopeptide q-values see it.
+struct CGlycopeptideHit {
+  // From the result line.
+  std::string query, sequence, modification, searchGlycan, glycoLoc, protein;
+  bool decoy = false;
+  double queryMH = 0.0, peptideMH = 0.0, searchScore = 0.0;
+  uint32_t charge = 0;
+  int innerB = 0, innerY = 0;  // matched b and y ions of 3 residues or more
+  std::vector<double> lineFeatures;  // the scores and ion counts of the line
+  // From the spectrum; left empty when it isn't found (the glycan then loses).
+  CGlycanCall call;
+  CYIonEvidence yIons, decoyYIons;  // at the peptide's Y ions, and moved by a decoy glycan
+  // Results.
+  std::vector<double> features;
+  double score = 0.0;  // the final score
+  double peptideQ = 1.0, glycanQ = 1.0, glycopeptideQ = 1.0;
+
+  std::string GlycanName() const { return call.glycan ? call.glycan->name : searchGlycan; }
+  double GlycanScore() const { return yIons.Score() - 2.0 * call.contradictions; }
+  // The decoy glycan shares the composition's oxonium evidence: the two
+  // differ in their Y ions alone, so that neither is favoured by chance.
+  double DecoyGlycanScore() const { return decoyYIons.Score() - 2.0 * call.contradictions; }
+};
+
+// The hits of result lines (27 or more tab-separated columns); a line with
+// fewer columns gives a hit of what it has.
+std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& records);
+
+// Reads the query spectra named by the hits from the datasets of `settings`,
+// prepares them as the search did, and calls each hit's glycan and Y ions
+// against the glycan table (sorted by mass).
+void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam& settings,
+                         const std::vector<CGlycan>& glycanTable);
+
+// The glycan call and Y-ion evidence of one hit from its prepared spectrum.
+void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchParam& settings,
+             const std::vector<CGlycan>& glycanTable);
+
+// FNV-1a: a hash that is the same on every platform, for folds and decoys.
+uint64_t StableHash(const std::string& text);

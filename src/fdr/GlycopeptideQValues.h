@@ -1,0 +1,43 @@
+#pragma once
+#include <string>
+#include <vector>
+
+#include "fdr/FdrEstimator.h"
+#include "fdr/GlycopeptideHit.h"
+#include "run/Param.h"
+
+// Names of the features of a hit, in the order of CGlycopeptideHit::features.
+extern const std::vector<std::string> kGlycopeptideFeatureNames;
+
+// Mass errors of the precursor against the glycan, in ppm, of confident lines:
+// centre (median) and spread (scaled median absolute deviation).
+struct CMassErrorModel {
+  double centre = 0.0;
+  double spread = 3.0;
+};
+inline constexpr double kConfidentQ = 0.01;
+inline constexpr std::size_t kMinimalErrorSample = 30;
+inline constexpr double kSmallestSpreadPpm = 0.5;
+// How often a precursor is picked one isotope peak too high, before the evidence.
+inline constexpr double kIsotopeErrorPrior = 0.1;
+
+// Fitted on the confident targets read at isotope 0; the defaults stand when
+// they are too few.
+CMassErrorModel FitMassErrors(const std::vector<CGlycopeptideHit>& hits,
+                              const std::vector<bool>& confident);
+// The chance that the other isotope reading of a call is the right one.
+double IsotopeRivalProbability(const CGlycanCall& call, const CMassErrorModel& model);
+// GlycopeptideQ from PeptideQ and GlycanQ plus the expected share of calls
+// whose glycan is the other isotope reading.
+void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits);
+
+// Final score and the three q-values of every hit, from the hits alone:
+// PeptideQ from the library decoys on the rescored match, GlycanQ from a
+// competition of each glycan's Y ions against a decoy glycan's, and
+// GlycopeptideQ, the chance that either is wrong, bounded by their sum, plus
+// the expected share of glycans that only the mass error chose.
+// Returns whether the rescoring model was learned (else the search score stands).
+bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits);
+
+// The stage step: all of the above for the ranked lines of the FDR stage.
+void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records);

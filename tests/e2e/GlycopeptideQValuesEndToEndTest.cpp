@@ -98,11 +98,10 @@ TEST(GlycopeptideQValuesEndToEnd, FalseShareAtOnePercentStaysWithinTheGoalAndPla
 }
 
 TEST(GlycopeptideQValuesEndToEnd, ChanceHitsOfRealSpectraWithoutDecoysAreNotCalledSure) {
+  SKIP_WITHOUT_REALDATA();
   const std::vector<std::string> queries = {testutil::RealData("MetaMorpheus/Glyco_3383.mgf"),
                                             testutil::RealData("MetaMorpheus/yeast_glycan_25170.mgf"),
                                             testutil::RealData("glycopeptide_feature_learning/test1.mgf")};
-  for (const std::string& path : queries)
-    if (!testutil::FileExists(path)) GTEST_SKIP() << "missing folder " << testutil::RealData("");
   TempDir dir;
   const std::string bin = dir / "bin", data = dir / "data";
   std::filesystem::create_directories(bin);

@@ -178,8 +178,8 @@ TEST(MzSpecIOTest, DamagedFilesEndInAMessageNamingTheFile) {
 }
 
 TEST(MzSpecIOTest, RealFilesOfSeveralWriters) {
+  SKIP_WITHOUT_REALDATA();
   const std::string folder = testutil::RealData("mzml");
-  if (!testutil::FileExists(folder + "/INVENTORY.md")) GTEST_SKIP() << "missing folder " << folder;
   struct Expected {
     const char* file;
     uint32_t count;    // MS2 spectra

@@ -3,6 +3,8 @@
 
 #include <zlib.h>
 
+#include "run/Process.h"
+
 namespace {
 bool StartsWithGzipMagic(std::FILE* file) {
   unsigned char magic[2] = {0, 0};
@@ -14,6 +16,8 @@ bool StartsWithGzipMagic(std::FILE* file) {
 
 bool CInflatedFile::Open(const std::string& path) {
   Close();
+  // Only a regular file: a directory can't be read, a FIFO or device may never end.
+  if (GetPathKind(path) != PathKind::File) return false;
   std::FILE* file = std::fopen(path.c_str(), "rb");
   if (file == nullptr) return false;
   if (!StartsWithGzipMagic(file)) {

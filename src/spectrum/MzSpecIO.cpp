@@ -3,6 +3,7 @@
 
 #include <iostream>
 
+#include "run/InputFailures.h"
 #include "spectrum/MzSpectrumName.h"
 
 void CMzSpecIO::Init() {
@@ -17,6 +18,7 @@ void CMzSpecIO::OpenRead(const std::string& pathname) {
   stem = FileStem(pathname);
   if (!file.Open(pathname)) {
     std::cout << "\nCMzSpecIO error: failed to open spec file " << pathname << std::endl;
+    NoteInputFailure();
   } else {
     std::unique_ptr<CMzHandler> handler = MakeHandler();
     CXmlEventStream stream(*handler);
@@ -30,9 +32,11 @@ void CMzSpecIO::OpenRead(const std::string& pathname) {
     }
     // The spectra complete before a fault are kept, as a truncated MGF keeps its blocks.
     const std::string& problem = !file.Problem().empty() ? file.Problem() : stream.Problem();
-    if (!problem.empty())
+    if (!problem.empty()) {
       std::cout << "\n[Warning]: " << pathname << ": " << problem << "; the " << entries.size()
                 << " MS2 spectra before it are kept" << std::endl;
+      NoteInputFailure();
+    }
     if (profileSpectra > 0)
       std::cout << "\n[Warning]: " << pathname << ": " << profileSpectra
                 << " MS2 spectra are profile spectra, not centroided; their points are read as peaks"

@@ -62,6 +62,9 @@ struct CSearchParam {
   int32_t spectra_per_batch = 100;
   double query_product_ion_tolerance = 0.0;
   double query_precursor_ion_tolerance = 0.0;
+  // Threads that match queries: 0 all the hardware has, 1 the plain loop. No
+  // configuration key: the classic interface keeps its keys.
+  uint32_t threads = 0;
 };
 
 // A tolerance in Da at the given m/z: unit 0 (Da) the value itself, unit 1 (ppm)

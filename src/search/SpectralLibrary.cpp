@@ -59,9 +59,6 @@ void CSpectralLibrary::PrepareSpectrum(CSpectrum& spectrum) const {
     const double factor = 1.0 / norm;
     for (CPeak& peak : peaks) peak.intensity *= factor;
   }
-  // Matching resets these marks for every candidate; sizing them now keeps
-  // that reset free of allocations.
-  spectrum.ResetPeakUsed();
 }
 
 void CSpectralLibrary::BuildIndex() {
@@ -96,7 +93,6 @@ void CSpectralLibrary::BuildIndex() {
   std::sort(probesWithoutNeuAc.begin(), probesWithoutNeuAc.end(), std::greater<double>());
   probesWithoutNeuAc.erase(std::unique(probesWithoutNeuAc.begin(), probesWithoutNeuAc.end()),
                            probesWithoutNeuAc.end());
-  hits.reserve(1024);
   peakLookup.Build(spectra);
 }
 
@@ -166,7 +162,6 @@ void CSpectralLibrary::SelectCandidates(const CSpectrum& query,
   for (uint32_t row = 1; row <= maxCharge && row < massIndex.size(); ++row) {
     const std::vector<CLibraryIndexEntry>& entries = massIndex[row];
     if (entries.empty()) continue;
-    hits.clear();
     auto next = entries.begin();  // first position not taken yet
     for (double glycan : probes) {
       const double centre = mass - glycan;
@@ -175,11 +170,9 @@ void CSpectralLibrary::SelectCandidates(const CSpectrum& query,
       auto first = std::lower_bound(next, entries.end(), lowEnd, below);
       auto last = std::upper_bound(first, entries.end(), highEnd, above);
       for (auto it = first; it != last; ++it)
-        hits.push_back(static_cast<uint32_t>(it - entries.begin()));
+        TestEntry(query, tolerance, *it, candidates, glycanLists);
       if (last > next) next = last;
       if (next == entries.end()) break;
     }
-    for (uint32_t position : hits)
-      TestEntry(query, tolerance, entries[position], candidates, glycanLists);
   }
 }

@@ -30,7 +30,8 @@ class CSpectralLibrary {
   // Appends every library entry whose mass difference to the query fits a glycan
   // (NeuAc glycans only for a query with hasNeuAc), rows 1..maxCharge in order,
   // ascending mass within a row, with its fitting glycans in table order.
-  // Writes only its arguments, so threads may select at once.
+  // Writes only its arguments (and storage of the calling thread), so threads
+  // may select at once.
   void SelectCandidates(const CSpectrum& query, std::vector<CSpectrum*>& candidates,
                         CGlycanLists& glycanLists);
   // The same selection by walking every lighter entry of every row, as the
@@ -57,6 +58,14 @@ class CSpectralLibrary {
   void TestEntry(const CSpectrum& query, double tolerance, const CLibraryIndexEntry& entry,
                  std::vector<CSpectrum*>& candidates, CGlycanLists& glycanLists);
 
+  // The entries of rows 1..maxCharge by ascending mass, with their row and
+  // place in it.
+  struct MergedEntry {
+    double mass;
+    uint32_t row;
+    uint32_t rank;
+  };
+  std::vector<MergedEntry> mergedIndex;
   // Distinct glycan masses, descending: of all glycans, and of those without
   // NeuAc; and the largest magnitude among them.
   std::vector<double> probesAll;

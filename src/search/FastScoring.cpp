@@ -24,31 +24,33 @@ inline void Prefetch(const void* address) {
 
 void CSpectrumMatcher::PrefetchEarly(const CSpectrum& library) const {
   Prefetch(&library.precursorMass);
-  Prefetch(&library.topPeakCount);
-  Prefetch(&library.peaks);
   if (peakLookup != nullptr) {
     if (const void* entry = peakLookup->EntryAddress(library)) Prefetch(entry);
   }
 }
 
-void CSpectrumMatcher::PrefetchLate(const CSpectrum& library) const {
-  constexpr std::size_t kLine = 64;
-  CEntryPeakView view;
-  if (peakLookup == nullptr || !peakLookup->Find(library, view)) return;
+bool CSpectrumMatcher::FindView(const CSpectrum& library, CEntryPeakView& view) const {
+  if (peakLookup == nullptr || !peakLookup->Find(library, view)) return false;
+  // The first lines of the arrays that scoring reads in order; the processor
+  // follows the rest by itself.
+  constexpr std::size_t kLine = 64, kMzLines = 32, kIonLines = 16;
   const char* mzs = reinterpret_cast<const char*>(view.mzs);
-  for (std::size_t at = 0; at < std::min<std::size_t>(view.peakCount * sizeof(double), 32 * kLine); at += kLine)
+  for (std::size_t at = 0; at < std::min(view.peakCount * sizeof(double), kMzLines * kLine); at += kLine)
     Prefetch(mzs + at);
   const char* ions = reinterpret_cast<const char*>(view.ions);
-  for (std::size_t at = 0; at < std::min<std::size_t>(view.ionCount * sizeof(CLibraryIon), 16 * kLine); at += kLine)
+  for (std::size_t at = 0; at < std::min(view.ionCount * sizeof(CLibraryIon), kIonLines * kLine); at += kLine)
     Prefetch(ions + at);
+  return true;
 }
 
 void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, const CSpectrum& library,
-                                          bool keep) {
+                                          const CEntryPeakView* found, bool keep) {
   constexpr uint32_t kPeakBits = CQueryPeakLookup::kPeakBits;
   const double shift = query.precursorMass - library.precursorMass;
   CEntryPeakView view;
-  if (lookupUsable && (peakLookup == nullptr || !peakLookup->Find(library, view))) {
+  if (found != nullptr) {
+    view = *found;
+  } else if (lookupUsable && !FindView(library, view)) {
     scratch.mzs.clear();
     scratch.ions.clear();
     view.usable = CLibraryPeakLookup::Describe(library, scratch.mzs, scratch.ions, view.largestMz);

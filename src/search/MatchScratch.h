@@ -1,6 +1,7 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "search/LibraryPeakLookup.h"
@@ -25,6 +26,8 @@ struct CMatchScratch {
   // Compact data of a spectrum that the library's look-up doesn't cover.
   std::vector<double> mzs;
   std::vector<CLibraryIon> ions;
+  // Views of the candidates, found once each, a few candidates ahead of scoring.
+  std::vector<std::optional<CEntryPeakView>> views;
   // The scored records of the current query; the first matchCount are in use.
   std::vector<CSpectralMatch> matches;
   std::size_t matchCount = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "run/Param.h"
 
@@ -53,11 +54,19 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
   if (candidates.empty()) return current;
   PrepareQuery(query);
 
-  for (std::size_t i = 0; i < std::min<std::size_t>(3, candidates.size()); ++i)
-    PrefetchEarly(*candidates[i]);
-  for (std::size_t i = 0; i < std::min<std::size_t>(2, candidates.size()); ++i)
-    PrefetchLate(*candidates[i]);
-  for (std::size_t i = 0; i < candidates.size(); ++i) {
+  // Each candidate's spectrum and look-up record are asked for four candidates
+  // ahead, its view is found two ahead: by its turn, its data is at hand.
+  constexpr std::size_t kEarly = 4, kView = 2;
+  const std::size_t count = candidates.size();
+  std::vector<std::optional<CEntryPeakView>>& views = scratch.views;
+  views.assign(count, std::nullopt);
+  auto findView = [&](std::size_t i) {
+    CEntryPeakView view;
+    if (lookupUsable && FindView(*candidates[i], view)) views[i] = view;
+  };
+  for (std::size_t i = 0; i < std::min(kEarly, count); ++i) PrefetchEarly(*candidates[i]);
+  for (std::size_t i = 0; i < std::min(kView, count); ++i) findView(i);
+  for (std::size_t i = 0; i < count; ++i) {
     const CGlycan* choice = nullptr;
     if (i < glycanLists.size()) {
       auto list = glycanLists[i];
@@ -81,9 +90,9 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
       current.glycanName.clear();
       current.glycanMass = 0.0;
     }
-    if (i + 3 < candidates.size()) PrefetchEarly(*candidates[i + 3]);
-    if (i + 2 < candidates.size()) PrefetchLate(*candidates[i + 2]);
-    ScoreCandidateFast(query, *candidates[i]);
+    if (i + kEarly < count) PrefetchEarly(*candidates[i + kEarly]);
+    if (i + kView < count) findView(i + kView);
+    ScoreCandidateFast(query, *candidates[i], views[i] ? &*views[i] : nullptr);
   }
 
   ComputeScores(query.topPeakCount);
@@ -110,7 +119,7 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
   const std::size_t picked = chosen < matchCount ? chosen : first;
   // The site is read from the picked candidate's marks; the marks at hand are
   // those of the candidate scored last, so another one is scored once more.
-  if (picked + 1 != matchCount) ScoreCandidateFast(query, *candidates[picked], false);
+  if (picked + 1 != matchCount) ScoreCandidateFast(query, *candidates[picked], nullptr, false);
   current = matches[picked];
   if (chosen == matchCount) current.score = -1.0;
   current.candidateCount = static_cast<int32_t>(matchCount);

@@ -61,8 +61,10 @@ class CSpectrumMatcher {
 
  private:
   // Scores `library` into current and the marks; appends the record if `keep`.
-  // With the look-up of the query last prepared (FastScoring.cpp).
-  void ScoreCandidateFast(const CSpectrum& query, const CSpectrum& library, bool keep = true);
+  // With the look-up of the query last prepared and the entry's view, if
+  // found already (FastScoring.cpp).
+  void ScoreCandidateFast(const CSpectrum& query, const CSpectrum& library,
+                          const CEntryPeakView* view = nullptr, bool keep = true);
   // Reference scoring with queryTotal already set.
   void ScoreByPeakSearch(const CSpectrum& query, const CSpectrum& library, bool keep = true);
   // Prepares the query's windows and queryTotal for scoring its candidates.
@@ -70,11 +72,12 @@ class CSpectrumMatcher {
   // ps for N top peaks, k0 of them matched, p = libraryPeakCount * share.
   double ProbabilityScore(uint32_t topPeaks, int32_t libraryPeakCount, uint32_t matchedTop,
                           double share);
-  // Asks the processor for the data that scoring `library` reads first: the
-  // spectrum's fields and look-up record (early), then, once those are at
-  // hand, the look-up's arrays (late). No effect on results (FastScoring.cpp).
+  // Asks the processor for the spectrum's fields and look-up record of a
+  // candidate that is scored soon. No effect on results.
   void PrefetchEarly(const CSpectrum& library) const;
-  void PrefetchLate(const CSpectrum& library) const;
+  // The library look-up's view of a candidate, whose first lines it asks the
+  // processor for; false if the look-up doesn't cover the spectrum.
+  bool FindView(const CSpectrum& library, CEntryPeakView& view) const;
   // Resets `current` and the marks for a new candidate.
   void StartCandidate(const CSpectrum& library);
   // Records a found library peak l for query peak q and adds to dps.

@@ -9,7 +9,7 @@
 
 namespace {
 // More threads than this are taken as this many.
-constexpr uint32_t kMostThreads = 1024;
+constexpr uint32_t kMostThreads = 256;
 
 uint32_t ThreadsToUse(uint32_t asked) {
   if (asked == 0) asked = std::max(1u, std::thread::hardware_concurrency());
@@ -88,6 +88,15 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
   const std::size_t threads = pool->Threads();
   const std::size_t inFlight = threads > 1 ? 2 * threads : 0;
   std::deque<std::unique_ptr<CSearchBatch>> open, spare;
+  // Should reading or writing fail with an exception, the batches still in
+  // the workers' hands go only once they are done with them.
+  struct Drain {
+    CMatchingPool& pool;
+    std::deque<std::unique_ptr<CSearchBatch>>& open;
+    ~Drain() {
+      for (const auto& work : open) pool.Wait(*work);
+    }
+  } drain{*pool, open};
   for (;;) {
     std::unique_ptr<CSearchBatch> work;
     if (spare.empty()) {

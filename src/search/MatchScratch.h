@@ -17,8 +17,6 @@ struct CMatchScratch {
   // Per peak of the candidate scored last: 0 free, 1 matched directly, 2
   // matched shifted by the glycan. After Match: those of the chosen candidate.
   std::vector<uint32_t> marks;
-  // Which candidate the marks belong to (index in the candidate list).
-  std::size_t marksOf = 0;
   // Look-up of the current query's peak windows.
   CQueryPeakLookup queryLookup;
   // Candidate pairs of one candidate: query peak << 32 | charge << 28 | library peak.

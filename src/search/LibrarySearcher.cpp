@@ -42,11 +42,15 @@ void CLibrarySearcher::Init(const CSearchParam& settings) {
   const CSearchParam& search = CParam::GetInstance().search;
   highResolution =
       ::IsHighResolution(search.query_product_ion_tolerance, search.query_product_ion_unit);
+}
+
+void CLibrarySearcher::StartWorkers() {
   const uint32_t threads = ThreadsToUse(param.threads);
   workers.clear();
   for (uint32_t w = 0; w < threads; ++w) {
     auto worker = std::make_unique<CWorker>();
     worker->matcher.Init(512);
+    worker->matcher.UsePeakLookup(&library.peakLookup);
     worker->candidates.reserve(1024);
     worker->glycanLists.reserve(1024, 4096);
     workers.push_back(std::move(worker));
@@ -62,7 +66,11 @@ void CLibrarySearcher::Run() {
             << "\tLoading library spectra: \n"
             << "\t\t" << param.input_speclib_filename << std::endl;
   library.Load();
-  for (auto& worker : workers) worker->matcher.UsePeakLookup(&library.peakLookup);
+  // Matching reads candidates scattered over the whole library; with huge
+  // pages their addresses take far fewer translations. Before the workers
+  // start, so that their stacks stay as they are.
+  PreferHugePages();
+  StartWorkers();
   std::cout << "\t\t" << library.spectra.size() << " library spectra have been loaded.\n"
             << "\t--- Complete! \n";
   std::cout << "\tSearching " << batch.datasets.size() << " query datasets: " << std::endl;

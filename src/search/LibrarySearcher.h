@@ -61,6 +61,8 @@ class CLibrarySearcher {
     std::vector<CSpectrum*> candidates;
     CGlycanLists glycanLists;
   };
+  // Creates the matching threads and their state.
+  void StartWorkers();
   // One dataset: reader, batch loop, progress lines.
   void SearchDataset(const CDatasetFile& dataset);
   // Fills a batch from the open reader; counts what was read.

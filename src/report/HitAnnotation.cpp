@@ -2,33 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "search/GlycanLists.h"
-
-namespace {
-// The m/z range of library entries in the search.
-constexpr double kLibraryMinMz = 0.0;
-constexpr double kLibraryMaxMz = 2500.0;
-}  // namespace
+#include "search/SpectralLibrary.h"
 
 void PrepareLibraryEntry(CSpectrum& entry) {
-  std::vector<CPeak>& peaks = entry.peaks;
-  peaks.erase(std::remove_if(peaks.begin(), peaks.end(),
-                             [](const CPeak& p) {
-                               return !std::isfinite(p.mz) || !std::isfinite(p.intensity);
-                             }),
-              peaks.end());
-  entry.TrimMzRange(kLibraryMinMz, kLibraryMaxMz);
-  uint32_t annotated = 0;
-  double sum = 0.0;
-  for (const CPeak& peak : peaks) {
-    if (peak.type == kPeakB || peak.type == kPeakY || peak.type == kPeakYCore) ++annotated;
-    sum += peak.intensity * peak.intensity;
-  }
-  entry.topPeakCount = annotated;
-  const double norm = std::sqrt(sum);
-  if (norm > 0.0 && std::isfinite(norm))
-    for (CPeak& peak : peaks) peak.intensity /= norm;
+  PrepareLibrarySpectrum(entry);
   entry.ResetPeakUsed();
 }
 
@@ -73,11 +53,13 @@ CHitAnnotation CHitAnnotator::Annotate(const CSpectrum& rawQuery, CSpectrum& ent
     const std::size_t at = rawIndexOf(peak.mz);
     if (at < raw.size()) role[at] = -2;
   }
+  // Match states of the entry's peaks: 2 marks a peak matched moved by the glycan.
+  const std::span<const uint32_t> marks = matcher.Marks();
   for (const auto& [q, l] : match.dpsPairs) {
     const std::size_t at = rawIndexOf(query.peaks[q].mz);
     if (at >= raw.size()) continue;
     role[at] = static_cast<int32_t>(l);
-    shiftedAt[at] = entry.peakUsed[l] == 2;
+    shiftedAt[at] = l < marks.size() && marks[l] == 2;
   }
   for (std::size_t i = 0; i < raw.size(); ++i) {
     const double relative = base > 0.0 ? raw[i].intensity / base : 0.0;

@@ -66,7 +66,9 @@ struct CSearchParam {
   double query_product_ion_tolerance = 0.0;
   double query_precursor_ion_tolerance = 0.0;
   std::string mass_table_filename = kMassTableFilename;  // no key
-  uint32_t threads = 0;  // no key: 0 all hardware threads, else that many
+  // Threads that match queries: 0 all the hardware has, 1 the plain loop. No
+  // configuration key: the classic interface keeps its keys.
+  uint32_t threads = 0;
   // Optional: the FDR stage also writes peptide, glycan and glycopeptide q-values.
   bool glycopeptide_fdr = false;
 };

@@ -2,14 +2,17 @@
 
 #include "run/SafeOutputFile.h"
 
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <thread>
 
@@ -85,3 +88,32 @@ std::size_t LastSeparator(const std::string& path) {
 void SleepMilliseconds(unsigned milliseconds) {
   std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
 }
+
+void PreferHugePages() {
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+  constexpr std::uintptr_t kHugePage = std::uintptr_t{1} << 21;  // 2 MiB
+  constexpr int kCollapse = 25;  // MADV_COLLAPSE: makes the pages huge now
+  std::ifstream maps("/proc/self/maps");
+  std::string line;
+  while (std::getline(maps, line)) {
+    // "start-end perms offset device inode [name]"; anonymous memory has inode
+    // 0 and no name, the heap is named [heap].
+    unsigned long start = 0, end = 0, offset = 0, inode = 0;
+    char perms[8] = {}, device[32] = {};
+    int nameAt = 0;
+    if (std::sscanf(line.c_str(), "%lx-%lx %7s %lx %31s %lu %n", &start, &end, perms, &offset,
+                    device, &inode, &nameAt) < 6)
+      continue;
+    const std::string name = nameAt > 0 ? line.substr(static_cast<std::size_t>(nameAt)) : "";
+    if (inode != 0 || std::string(perms) != "rw-p" || !(name.empty() || name == "[heap]"))
+      continue;
+    const std::uintptr_t first = (start + kHugePage - 1) & ~(kHugePage - 1);
+    const std::uintptr_t last = end & ~(kHugePage - 1);
+    if (last <= first) continue;
+    void* at = reinterpret_cast<void*>(first);
+    // Errors only mean that the system offers no huge pages here.
+    if (madvise(at, last - first, MADV_HUGEPAGE) == 0) madvise(at, last - first, kCollapse);
+  }
+#endif
+}
+

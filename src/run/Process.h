@@ -27,3 +27,10 @@ std::size_t LastSeparator(const std::string& path);
 
 // Waits the given number of milliseconds.
 void SleepMilliseconds(unsigned milliseconds);
+
+// Asks the system to back the large anonymous memory of the process (the heap
+// and big allocations) with huge pages, at once and as it grows. Only speed
+// changes: data read scattered over hundreds of megabytes then costs fewer
+// address translations. Does nothing where the system doesn't offer it.
+void PreferHugePages();
+

@@ -1,16 +1,31 @@
 #include "search/LibrarySearcher.h"
 
+#include <algorithm>
+#include <deque>
 #include <iostream>
+#include <thread>
 
 #include "run/Process.h"
 #include "run/Progress.h"
 
+namespace {
+// More threads than this are taken as this many.
+constexpr uint32_t kMostThreads = 256;
+
+uint32_t ThreadsToUse(uint32_t asked) {
+  if (asked == 0) asked = std::max(1u, std::thread::hardware_concurrency());
+  return std::min(asked, kMostThreads);
+}
+}  // namespace
+
 CLibrarySearcher::~CLibrarySearcher() {
+  pool.reset();  // the workers stop before what they use goes
   delete batch.reader;
   batch.reader = nullptr;
 }
 
 void CLibrarySearcher::Finish() {
+  pool.reset();
   delete batch.reader;
   batch.reader = nullptr;
   if (!resultOutput.Commit()) {
@@ -24,11 +39,27 @@ void CLibrarySearcher::Init(const CSearchParam& settings) {
   param = settings;
   library.Init(param.input_speclib_filename, param.mass_table_filename);
   batch.Init(param);
-  matcher.Init(512);
   WriteHeader();
-  candidates.reserve(1024);
-  glycanLists.reserve(1024, 4096);
-  results.reserve(batch.batchSize);
+  const CSearchParam& search = CParam::GetInstance().search;
+  highResolution =
+      ::IsHighResolution(search.query_product_ion_tolerance, search.query_product_ion_unit);
+}
+
+void CLibrarySearcher::StartWorkers() {
+  const uint32_t threads = ThreadsToUse(param.threads);
+  workers.clear();
+  for (uint32_t w = 0; w < threads; ++w) {
+    auto worker = std::make_unique<CWorker>();
+    worker->matcher.Init(512);
+    worker->matcher.UsePeakLookup(&library.peakLookup);
+    worker->candidates.reserve(1024);
+    worker->glycanLists.reserve(1024, 4096);
+    workers.push_back(std::move(worker));
+  }
+  pool = std::make_unique<CMatchingPool>(
+      threads, [this](std::size_t w, CSearchBatch& work, std::size_t first, std::size_t last) {
+        MatchQueries(*workers[w], work, first, last);
+      });
 }
 
 void CLibrarySearcher::Run() {
@@ -36,7 +67,11 @@ void CLibrarySearcher::Run() {
             << "\tLoading library spectra: \n"
             << "\t\t" << param.input_speclib_filename << std::endl;
   library.Load();
-  matcher.UsePeakLookup(&library.peakLookup);
+  // Matching reads candidates scattered over the whole library; with huge
+  // pages their addresses take far fewer translations. Before the workers
+  // start, so that their stacks stay as they are.
+  PreferHugePages();
+  StartWorkers();
   counts.librarySpectra = library.spectra.size();
   std::cout << "\t\t" << library.spectra.size() << " library spectra have been loaded.\n"
             << "\t--- Complete! \n";
@@ -50,48 +85,51 @@ void CLibrarySearcher::Run() {
 void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
   delete batch.reader;
   batch.reader = CreateSpecIO(dataset.format);
-  uint32_t total = 0;
+  total = 0;
   if (batch.reader != nullptr) {
     batch.reader->OpenRead(dataset.pathname);
     total = batch.reader->Count();
   }
-  uint32_t kept = 0;
-  const uint64_t readBefore = counts.queriesRead;
-  const std::string task = "Searching " + dataset.pathname;
+  kept = 0;
+  progressTask = "Searching " + dataset.pathname;
+  progressBase = counts.queriesRead;
   std::size_t damagedPeaks = 0;
   std::size_t damagedSpectra = 0;
+  // Batches read but not yet written; with several threads a few are kept in
+  // flight so that the workers never wait for the reader.
+  const std::size_t threads = pool->Threads();
+  const std::size_t inFlight = threads > 1 ? 2 * threads : 0;
+  std::deque<std::unique_ptr<CSearchBatch>> open, spare;
+  // Should reading or writing fail with an exception, the batches still in
+  // the workers' hands go only once they are done with them.
+  struct Drain {
+    CMatchingPool& pool;
+    std::deque<std::unique_ptr<CSearchBatch>>& open;
+    ~Drain() {
+      for (const auto& work : open) pool.Wait(*work);
+    }
+  } drain{*pool, open};
   for (;;) {
-    batch.spectra.clear();
-    while (batch.reader != nullptr && batch.spectra.size() < batch.batchSize) {
-      const std::size_t before = batch.spectra.size();
-      if (!batch.reader->ReadNext(batch.spectra)) break;
-      // A failed read adds nothing; a rejected spectrum leaves at once and does
-      // not count towards the batch.
-      if (batch.spectra.size() == before) continue;
-      ++counts.queriesRead;
-      if (const std::size_t dropped = CQueryBatch::DropDamagedPeaks(batch.spectra.back())) {
-        damagedPeaks += dropped;
-        ++damagedSpectra;
-      }
-      if (!batch.IsGlycoSpectrum(batch.spectra.back())) batch.spectra.pop_back();
-      else ++counts.queriesAccepted;
+    std::unique_ptr<CSearchBatch> work;
+    if (spare.empty()) {
+      work = std::make_unique<CSearchBatch>();
+    } else {
+      work = std::move(spare.front());
+      spare.pop_front();
     }
-    batch.Prepare();
-    results.clear();
-    for (CSpectrum& query : batch.spectra) {
-      candidates.clear();
-      glycanLists.clear();
-      library.SelectCandidates(query, candidates, glycanLists);
-      if (!candidates.empty()) ++counts.withCandidates;
-      results.push_back(matcher.Match(query, candidates, glycanLists));
-    }
-    WriteResults();
-    kept += static_cast<uint32_t>(batch.spectra.size());
-    std::cout << "\t\tSpectra: " << kept << "/" << total << std::endl;
-    if (HasProgressSink()) ReportProgress(task, counts.queriesRead - readBefore, total);
-    // The empty batch that ends a dataset goes through every step above, so
+    ReadBatch(*work, damagedPeaks, damagedSpectra);
+    pool->Submit(*work);
+    // The empty batch that ends a dataset goes through every step as well, so
     // the last progress line repeats the one before it.
-    if (batch.spectra.empty()) break;
+    const bool last = work->spectra.empty();
+    open.push_back(std::move(work));
+    while (!open.empty() && (open.size() > inFlight || last)) {
+      pool->Wait(*open.front());
+      WriteBatch(*open.front());
+      spare.push_back(std::move(open.front()));
+      open.pop_front();
+    }
+    if (last) break;
   }
   if (damagedPeaks > 0) {
     counts.damagedPeaks += damagedPeaks;
@@ -102,4 +140,56 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
               << damagedSpectra << " spectra." << std::endl;
   }
   std::cout << "    --- Complete!\n" << std::endl;
+}
+
+void CLibrarySearcher::ReadBatch(CSearchBatch& work, std::size_t& damagedPeaks,
+                                 std::size_t& damagedSpectra) {
+  std::vector<CSpectrum>& spectra = work.spectra;
+  spectra.clear();
+  work.console.str({});
+  // Readers may warn; the warnings appear where they always did, just before
+  // the batch's progress line, however far reading runs ahead.
+  std::streambuf* const console = std::cout.rdbuf(work.console.rdbuf());
+  while (batch.reader != nullptr && spectra.size() < batch.batchSize) {
+    const std::size_t before = spectra.size();
+    if (!batch.reader->ReadNext(spectra)) break;
+    // A failed read adds nothing; a rejected spectrum leaves at once and does
+    // not count towards the batch.
+    if (spectra.size() == before) continue;
+    ++counts.queriesRead;
+    if (const std::size_t dropped = CQueryBatch::DropDamagedPeaks(spectra.back())) {
+      damagedPeaks += dropped;
+      ++damagedSpectra;
+    }
+    if (!batch.IsGlycoSpectrum(spectra.back())) spectra.pop_back();
+    else ++counts.queriesAccepted;
+  }
+  std::cout.rdbuf(console);
+  work.results.resize(spectra.size());
+  if (HasProgressSink()) ReportProgress(progressTask, counts.queriesRead - progressBase, total);
+}
+
+void CLibrarySearcher::MatchQueries(CWorker& worker, CSearchBatch& work, std::size_t first,
+                                    std::size_t last) {
+  for (std::size_t i = first; i < last; ++i) {
+    CSpectrum& query = work.spectra[i];
+    batch.PrepareSpectrum(query, highResolution);
+    worker.candidates.clear();
+    worker.glycanLists.clear();
+    library.SelectCandidates(query, worker.candidates, worker.glycanLists);
+    work.results[i] = worker.matcher.Match(query, worker.candidates, worker.glycanLists);
+  }
+}
+
+void CLibrarySearcher::WriteBatch(CSearchBatch& work) {
+  const std::string console = work.console.str();
+  if (!console.empty()) std::cout << console;
+  for (const CSpectralMatch& result : work.results) {
+    if (result.candidateCount > 0) ++counts.withCandidates;
+    // In query order, as if each query were searched after the one before.
+    CSpectrumMatcher::NarrowMotifsToSite(result);
+  }
+  WriteResults(work.results);
+  kept += static_cast<uint32_t>(work.spectra.size());
+  std::cout << "\t\tSpectra: " << kept << "/" << total << std::endl;
 }

@@ -1,11 +1,14 @@
 #pragma once
 #include <fstream>
+#include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "run/Param.h"
 #include "run/SafeOutputFile.h"
 #include "search/GlycanLists.h"
+#include "search/MatchingPool.h"
 #include "search/QueryBatch.h"
 #include "search/SearchCounts.h"
 #include "search/SpectralLibrary.h"
@@ -13,7 +16,10 @@
 #include "search/SpectrumMatcher.h"
 
 // The search stage object: loads the library once, walks the query datasets in
-// batches, matches every accepted query and writes the result file.
+// batches, matches every accepted query and writes the result file. Batches
+// are read and written in order by the calling thread and matched on
+// param.threads threads (0: all the hardware has); the result file and the
+// console are the same for every thread count.
 class CLibrarySearcher {
  public:
   CLibrarySearcher() = default;
@@ -34,26 +40,45 @@ class CLibrarySearcher {
   // Opens the result file (ends the program with status 1 if it can't) and
   // writes the header line.
   void WriteHeader();
-  // Appends one line for each result of the batch that qualifies.
-  void WriteResults();
+  // Appends one line for each result in `results` that qualifies.
+  void WriteResults() { WriteResults(results); }
+  void WriteResults(std::span<const CSpectralMatch> batchResults);
   // The 27-column line of one result, without its line end.
   static void FormatResultLine(const CSpectralMatch& match, std::string& line);
 
-  std::vector<CSpectrum*> candidates;
   std::vector<CSpectralMatch> results;
   CSpectralLibrary library;
   CQueryBatch batch;
-  CSpectrumMatcher matcher;
   CSearchParam param;
   CSearchCounts counts;
   CSafeOutputFile resultOutput;
   std::ofstream& resultFile = resultOutput.Stream();
 
  private:
+  // What one matching thread owns.
+  struct CWorker {
+    CSpectrumMatcher matcher;
+    std::vector<CSpectrum*> candidates;
+    CGlycanLists glycanLists;
+  };
+  // Creates the matching threads and their state.
+  void StartWorkers();
   // One dataset: reader, batch loop, progress lines.
   void SearchDataset(const CDatasetFile& dataset);
+  // Fills a batch from the open reader; counts what was read.
+  void ReadBatch(CSearchBatch& work, std::size_t& damagedPeaks, std::size_t& damagedSpectra);
+  // Prepares, selects candidates for and matches queries [first, last).
+  void MatchQueries(CWorker& worker, CSearchBatch& work, std::size_t first, std::size_t last);
+  // Shows what reading printed, then the result lines; in query order.
+  void WriteBatch(CSearchBatch& work);
 
-  CGlycanLists glycanLists;
+  std::vector<std::unique_ptr<CWorker>> workers;
+  std::unique_ptr<CMatchingPool> pool;
+  bool highResolution = false;
+  uint32_t total = 0;  // spectra of the current dataset
+  uint32_t kept = 0;   // accepted queries of the current dataset written so far
+  std::string progressTask;   // what a progress bar calls the current dataset
+  uint64_t progressBase = 0;  // queries read before the current dataset
   std::string lineBuffer;
 };
 

@@ -92,10 +92,10 @@ void CLibrarySearcher::FormatResultLine(const CSpectralMatch& match, std::string
   line += std::to_string(l.startPosition);
 }
 
-void CLibrarySearcher::WriteResults() {
+void CLibrarySearcher::WriteResults(std::span<const CSpectralMatch> batchResults) {
   resultFile.setf(std::ios::fixed, std::ios::floatfield);
   resultFile.precision(5);
-  for (const CSpectralMatch& match : results) {
+  for (const CSpectralMatch& match : batchResults) {
     if (!(match.score > kMinimalReportedScore) || match.library == nullptr) continue;
     FormatResultLine(match, lineBuffer);
     ++counts.resultLines;

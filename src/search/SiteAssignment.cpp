@@ -7,11 +7,16 @@
 #include "run/Motif.h"
 #include "search/SpectrumMatcher.h"
 
-void CSpectrumMatcher::AssignSite() {
-  CSpectrum* library = current.library;
+void CSpectrumMatcher::AssignSite(std::span<const uint32_t> marks) {
+  const CSpectrum* library = current.library;
+  current.site = 0;
   if (library == nullptr) return;
   const std::string& sequence = library->sequence;
   const std::size_t length = sequence.size();
+  std::vector<uint32_t>& forwardEvidence = scratch.forwardEvidence;
+  std::vector<uint32_t>& backwardEvidence = scratch.backwardEvidence;
+  std::vector<uint32_t>& siteSupport = scratch.siteSupport;
+  std::vector<int>& sitePositions = scratch.sitePositions;
   forwardEvidence.assign(length + 1, 0);
   backwardEvidence.assign(length + 1, 0);
   siteSupport.assign(length + 1, 0);
@@ -19,10 +24,10 @@ void CSpectrumMatcher::AssignSite() {
   // Each ion says the site lies at index k or lower, in its array's direction:
   // a direct b ion (no glycan) excludes its first p residues, a shifted b ion
   // (glycan on it) holds the site within them; likewise from the C-terminus for y.
-  const std::size_t peakCount = std::min(library->peaks.size(), library->peakUsed.size());
+  const std::size_t peakCount = std::min(library->peaks.size(), marks.size());
   for (std::size_t i = 0; i < peakCount; ++i) {
     const CPeak& peak = library->peaks[i];
-    const uint32_t state = library->peakUsed[i];
+    const uint32_t state = marks[i];
     const std::size_t p = peak.position;
     // A position beyond the sequence can only come from a damaged library; it
     // names no residue and is passed over.
@@ -77,10 +82,14 @@ void CSpectrumMatcher::AssignSite() {
   }
   std::snprintf(text, sizeof text, "%d", site);
   current.glycoLoc = text;
+  current.site = site;
+}
 
-  // From now on the entry lists only the motif of the chosen site, if it has one.
+void CSpectrumMatcher::NarrowMotifsToSite(const CSpectralMatch& match) {
+  CSpectrum* library = match.library;
+  if (library == nullptr || match.site == 0) return;
   for (const CGlycoSite& motif : library->motifs) {
-    if (motif.position == site) {
+    if (motif.position == match.site) {
       CGlycoSite kept = motif;
       library->motifs.assign(1, kept);
       break;

@@ -32,11 +32,11 @@ void CSpectralLibrary::Load() {
     delete reader;
     reader = nullptr;
   }
-  for (CSpectrum& spectrum : spectra) PrepareSpectrum(spectrum);
+  for (CSpectrum& spectrum : spectra) PrepareLibrarySpectrum(spectrum, minMz, maxMz);
   BuildIndex();
 }
 
-void CSpectralLibrary::PrepareSpectrum(CSpectrum& spectrum) const {
+void PrepareLibrarySpectrum(CSpectrum& spectrum, double minMz, double maxMz) {
   // A damaged entry can carry "nan" or "inf" in a peak line; such peaks would
   // break every sort and sum below, so they go before anything else.
   std::vector<CPeak>& peaks = spectrum.peaks;
@@ -59,9 +59,6 @@ void CSpectralLibrary::PrepareSpectrum(CSpectrum& spectrum) const {
     const double factor = 1.0 / norm;
     for (CPeak& peak : peaks) peak.intensity *= factor;
   }
-  // Matching resets these marks for every candidate; sizing them now keeps
-  // that reset free of allocations.
-  spectrum.ResetPeakUsed();
 }
 
 void CSpectralLibrary::BuildIndex() {
@@ -79,6 +76,14 @@ void CSpectralLibrary::BuildIndex() {
     std::sort(row.begin(), row.end(), [](const CLibraryIndexEntry& a, const CLibraryIndexEntry& b) {
       return a.mass < b.mass;
     });
+  // The rows searched, merged by mass; equal masses keep row and row order.
+  mergedIndex.clear();
+  for (uint32_t row = 1; row <= maxCharge && row < massIndex.size(); ++row)
+    for (std::size_t rank = 0; rank < massIndex[row].size(); ++rank)
+      mergedIndex.push_back({massIndex[row][rank].mass, row, static_cast<uint32_t>(rank)});
+  std::sort(mergedIndex.begin(), mergedIndex.end(), [](const MergedEntry& a, const MergedEntry& b) {
+    return a.mass < b.mass || (a.mass == b.mass && (a.row < b.row || (a.row == b.row && a.rank < b.rank)));
+  });
 
   probesAll.clear();
   probesWithoutNeuAc.clear();
@@ -96,7 +101,6 @@ void CSpectralLibrary::BuildIndex() {
   std::sort(probesWithoutNeuAc.begin(), probesWithoutNeuAc.end(), std::greater<double>());
   probesWithoutNeuAc.erase(std::unique(probesWithoutNeuAc.begin(), probesWithoutNeuAc.end()),
                            probesWithoutNeuAc.end());
-  hits.reserve(1024);
   peakLookup.Build(spectra);
 }
 
@@ -145,13 +149,13 @@ void CSpectralLibrary::SelectCandidatesByWalk(const CSpectrum& query,
 // An entry of mass m fits glycan g when (Q - m) - t < g <= (Q - m) + t, each
 // operation rounded. Instead of testing every lighter entry, each distinct
 // glycan mass g looks up the entries with m in [Q - g - t - eps, Q - g + t + eps]
-// by bisection; eps is many orders of magnitude above the rounding error of
-// either form, so the windows hold every entry that fits. Each entry hit is then
-// put through the very test of the walk, which makes the result identical.
-// The glycans are taken by descending mass, so the windows rise through the row;
-// with one eps for the whole query each window end is a monotone function of g
-// (rounding is monotone), and so positions already taken can be skipped: the
-// entries of a row come out once each, in row order, as in the walk.
+// by bisection of the rows merged by mass; eps is many orders of magnitude
+// above the rounding error of either form, so the windows hold every entry
+// that fits. The glycans are taken by descending mass, so the windows rise
+// through the index; with one eps for the whole query each window end is a
+// monotone function of g (rounding is monotone), and so positions already
+// taken can be skipped. The entries hit are then put in row order and through
+// the very test of the walk, which makes the result identical.
 void CSpectralLibrary::SelectCandidates(const CSpectrum& query,
                                         std::vector<CSpectrum*>& candidates,
                                         CGlycanLists& glycanLists) {
@@ -160,26 +164,25 @@ void CSpectralLibrary::SelectCandidates(const CSpectrum& query,
   if (!SelectionPossible(mass, tolerance)) return;
   const std::vector<double>& probes = query.hasNeuAc ? probesAll : probesWithoutNeuAc;
   const double eps = 1e-9 * (std::fabs(mass) + tolerance + largestGlycanMass + 1.0);
-  auto below = [](const CLibraryIndexEntry& e, double value) { return e.mass < value; };
-  auto above = [](double value, const CLibraryIndexEntry& e) { return value < e.mass; };
+  auto below = [](const MergedEntry& e, double value) { return e.mass < value; };
+  auto above = [](double value, const MergedEntry& e) { return value < e.mass; };
 
-  for (uint32_t row = 1; row <= maxCharge && row < massIndex.size(); ++row) {
-    const std::vector<CLibraryIndexEntry>& entries = massIndex[row];
-    if (entries.empty()) continue;
-    hits.clear();
-    auto next = entries.begin();  // first position not taken yet
-    for (double glycan : probes) {
-      const double centre = mass - glycan;
-      const double lowEnd = centre - tolerance - eps;
-      const double highEnd = centre + tolerance + eps;
-      auto first = std::lower_bound(next, entries.end(), lowEnd, below);
-      auto last = std::upper_bound(first, entries.end(), highEnd, above);
-      for (auto it = first; it != last; ++it)
-        hits.push_back(static_cast<uint32_t>(it - entries.begin()));
-      if (last > next) next = last;
-      if (next == entries.end()) break;
-    }
-    for (uint32_t position : hits)
-      TestEntry(query, tolerance, entries[position], candidates, glycanLists);
+  // Row << 32 | place in the row of every entry hit, a few hundred per query;
+  // storage of each thread, which keeps its room from query to query.
+  thread_local std::vector<uint64_t> hits;
+  hits.clear();
+  auto next = mergedIndex.begin();  // first position not taken yet
+  for (double glycan : probes) {
+    if (next == mergedIndex.end()) break;
+    const double centre = mass - glycan;
+    const double lowEnd = centre - tolerance - eps;
+    const double highEnd = centre + tolerance + eps;
+    auto first = std::lower_bound(next, mergedIndex.end(), lowEnd, below);
+    auto last = std::upper_bound(first, mergedIndex.end(), highEnd, above);
+    for (auto it = first; it != last; ++it) hits.push_back(uint64_t{it->row} << 32 | it->rank);
+    next = last;
   }
+  std::sort(hits.begin(), hits.end());
+  for (uint64_t hit : hits)
+    TestEntry(query, tolerance, massIndex[hit >> 32][hit & 0xFFFFFFFFu], candidates, glycanLists);
 }

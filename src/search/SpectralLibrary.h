@@ -18,6 +18,10 @@ struct CLibraryIndexEntry {
 
 // All library spectra of the search stage, prepared for matching, with a mass
 // index per precursor charge and the glycan table.
+// Prepares a library spectrum for matching: peaks that are not finite numbers
+// dropped, m/z limited to [minMz, maxMz], annotated peaks counted, unit length.
+void PrepareLibrarySpectrum(CSpectrum& spectrum, double minMz = 0.0, double maxMz = 2500.0);
+
 class CSpectralLibrary {
  public:
   // Sets the members, reads the mass table and sorts its glycan table.
@@ -30,6 +34,8 @@ class CSpectralLibrary {
   // Appends every library entry whose mass difference to the query fits a glycan
   // (NeuAc glycans only for a query with hasNeuAc), rows 1..maxCharge in order,
   // ascending mass within a row, with its fitting glycans in table order.
+  // Writes only its arguments (and storage of the calling thread), so threads
+  // may select at once.
   void SelectCandidates(const CSpectrum& query, std::vector<CSpectrum*>& candidates,
                         CGlycanLists& glycanLists);
   // The same selection by walking every lighter entry of every row, as the
@@ -50,14 +56,18 @@ class CSpectralLibrary {
   CLibraryPeakLookup peakLookup;
 
  private:
-  // Prepares one spectrum: m/z range, count of annotated peaks, unit length.
-  void PrepareSpectrum(CSpectrum& spectrum) const;
   // Appends the entry as a candidate when a permitted glycan fits its delta.
   void TestEntry(const CSpectrum& query, double tolerance, const CLibraryIndexEntry& entry,
                  std::vector<CSpectrum*>& candidates, CGlycanLists& glycanLists);
 
-  // Work storage of SelectCandidates.
-  std::vector<uint32_t> hits;
+  // The entries of rows 1..maxCharge by ascending mass, with their row and
+  // place in it.
+  struct MergedEntry {
+    double mass;
+    uint32_t row;
+    uint32_t rank;
+  };
+  std::vector<MergedEntry> mergedIndex;
   // Distinct glycan masses, descending: of all glycans, and of those without
   // NeuAc; and the largest magnitude among them.
   std::vector<double> probesAll;

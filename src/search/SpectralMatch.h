@@ -29,6 +29,7 @@ struct CSpectralMatch {
   // (query peak index, library peak index) of all matches / of top-peak matches.
   std::vector<std::pair<uint32_t, uint32_t>> dpsPairs;
   std::vector<std::pair<uint32_t, uint32_t>> psPairs;
+  int32_t site = 0;  // the residue glycoLoc names when it picks one of the J sites, else 0
 
   // Back to the empty state; keeps the room of strings and lists.
   void Reset() {
@@ -40,6 +41,7 @@ struct CSpectralMatch {
     matchedTopPeakCount = 0;
     dps = ps = score = 0.0;
     glycoLoc.clear();
+    site = 0;
     dpsIons.clear();
     psIons.clear();
     matchedYIonIntensity = matchedPeptideIonIntensity = 0.0;

@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,10 @@ class CSpectrum {
   void KeepTopPeaksPerBin(uint32_t limit, uint32_t width);
   // Direct or charge-shifted look-up of the search; marks the peak 1 or 2 in peakUsed.
   int FindShiftedPeak(double mz, double tolerance, uint32_t highestCharge, double shift);
+  // The same with the marks kept outside the spectrum (one per peak), so that
+  // threads can search one spectrum at once.
+  int FindShiftedPeak(double mz, double tolerance, uint32_t highestCharge, double shift,
+                      std::span<uint32_t> marks) const;
 
   // --- consensus building of the construction stage (SpectrumMerge.cpp)
   void NormalizeToBasePeak();

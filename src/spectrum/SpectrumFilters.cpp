@@ -157,8 +157,13 @@ void CSpectrum::KeepTopPeaksPerBin(uint32_t limit, uint32_t width) {
 
 int CSpectrum::FindShiftedPeak(double mz, double tolerance, uint32_t highestCharge,
                                double shift) {
-  // Peaks appended after ResetPeakUsed have no mark and stay out of reach.
-  const std::size_t size = std::min(peaks.size(), peakUsed.size());
+  return FindShiftedPeak(mz, tolerance, highestCharge, shift, peakUsed);
+}
+
+int CSpectrum::FindShiftedPeak(double mz, double tolerance, uint32_t highestCharge, double shift,
+                               std::span<uint32_t> marks) const {
+  // Peaks appended after the marks were sized have no mark and stay out of reach.
+  const std::size_t size = std::min(peaks.size(), marks.size());
   int found = -1;
   uint32_t state = 0;
 
@@ -167,7 +172,7 @@ int CSpectrum::FindShiftedPeak(double mz, double tolerance, uint32_t highestChar
   std::size_t last = ScanEndMz(peaks, first, size, mz + tolerance);
   double bestDirect = 0.0;
   for (std::size_t i = first; i < last; ++i) {
-    if (peakUsed[i] != 0) continue;
+    if (marks[i] != 0) continue;
     if (found < 0 || peaks[i].intensity > bestDirect) {
       found = static_cast<int>(i);
       bestDirect = peaks[i].intensity;
@@ -184,7 +189,7 @@ int CSpectrum::FindShiftedPeak(double mz, double tolerance, uint32_t highestChar
     std::size_t to = ScanEndMz(peaks, from, size, centre + tolerance);
     for (std::size_t i = from; i < to; ++i) {
       const CPeak& peak = peaks[i];
-      if (peak.charge != z || (peak.type != kPeakB && peak.type != kPeakY) || peakUsed[i] != 0)
+      if (peak.charge != z || (peak.type != kPeakB && peak.type != kPeakY) || marks[i] != 0)
         continue;
       if (peak.intensity > best) {
         best = peak.intensity;
@@ -194,6 +199,6 @@ int CSpectrum::FindShiftedPeak(double mz, double tolerance, uint32_t highestChar
     }
   }
 
-  if (found >= 0) peakUsed[static_cast<std::size_t>(found)] = state;
+  if (found >= 0) marks[static_cast<std::size_t>(found)] = state;
   return found;
 }

@@ -206,6 +206,7 @@ TEST_F(HtmlReportTest, OpensInABrowserWithTheTableAndTheAnnotatedPlotOfAHit) {
       break;
     }
   }
+  bool shiftedDrawn = false;  // b/y ions matched with the glycan are told apart
   for (std::size_t pick : picks) {
     SCOPED_TRACE(pick);
     TempDir browser;
@@ -223,8 +224,10 @@ TEST_F(HtmlReportTest, OpensInABrowserWithTheTableAndTheAnnotatedPlotOfAHit) {
     // The query peaks that matched carry the names of the line's DPSIon list.
     std::vector<std::string> labels;
     const std::regex label(R"(<text [^>]*class="ion( shifted)?"[^>]*>([^<]*)</text>)");
-    for (auto it = std::sregex_iterator(page.dom.begin(), page.dom.end(), label); it != std::sregex_iterator(); ++it)
+    for (auto it = std::sregex_iterator(page.dom.begin(), page.dom.end(), label); it != std::sregex_iterator(); ++it) {
       labels.push_back((*it)[2]);
+      shiftedDrawn = shiftedDrawn || (*it)[1].matched;
+    }
     std::sort(labels.begin(), labels.end());
     EXPECT_EQ(labels, IonNames(lines[pick][21]));
     // Oxonium ions are labelled, and the glycan is drawn by its residues.
@@ -239,6 +242,7 @@ TEST_F(HtmlReportTest, OpensInABrowserWithTheTableAndTheAnnotatedPlotOfAHit) {
       kinds += std::stoi(*it) > 0;
     EXPECT_EQ(residues, kinds);
   }
+  EXPECT_TRUE(shiftedDrawn);
 }
 
 }  // namespace

@@ -15,12 +15,11 @@ namespace {
 
 // Scores `query` against `lib` both ways and compares the records and marks.
 void ExpectSameScoring(const CSpectrum& query, const CSpectrum& lib) {
-  CSpectrum fastLib = lib, referenceLib = lib;
   CSpectrumMatcher fast, reference;
   fast.Init(1);
   reference.Init(1);
-  fast.ScoreCandidate(query, fastLib);
-  reference.ScoreCandidateByPeakSearch(query, referenceLib);
+  fast.ScoreCandidate(query, lib);
+  reference.ScoreCandidateByPeakSearch(query, lib);
   const CSpectralMatch& a = fast.Matches()[0];
   const CSpectralMatch& b = reference.Matches()[0];
   ASSERT_EQ(a.dpsPairs, b.dpsPairs);
@@ -30,7 +29,7 @@ void ExpectSameScoring(const CSpectrum& query, const CSpectrum& lib) {
   ASSERT_EQ(a.matchedPeptideIonCount, b.matchedPeptideIonCount);
   ASSERT_EQ(a.matchedYIonCount, b.matchedYIonCount);
   ASSERT_EQ(a.matchedPeptideIonIntensity, b.matchedPeptideIonIntensity);
-  ASSERT_EQ(fastLib.peakUsed, referenceLib.peakUsed);
+  ASSERT_TRUE(std::ranges::equal(fast.Marks(), reference.Marks()));
 }
 
 }  // namespace

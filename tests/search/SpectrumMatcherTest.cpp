@@ -19,12 +19,13 @@ CSpectrum Prepared(std::vector<CPeak> peaks) {
   return s;
 }
 
-// Site assignment on a library spectrum whose peaks carry the given states.
+// Site assignment on a library spectrum whose peaks carry the given states,
+// and the narrowing of its motif list that the search applies.
 std::string Site(CSpectrum& lib, const States& states) {
-  lib.peakUsed = states;
   CSpectrumMatcher matcher;
   matcher.current.library = &lib;
-  matcher.AssignSite();
+  matcher.AssignSite(states);
+  CSpectrumMatcher::NarrowMotifsToSite(matcher.current);
   return matcher.current.glycoLoc;
 }
 }  // namespace
@@ -141,9 +142,10 @@ TEST_F(Matching, ScoresMatchedPeaksIonsAndSite) {
   EXPECT_EQ(m.dpsIons, "b2+;y3+;Y1+;");  // by type, charge, position
   EXPECT_EQ(m.psIons, "b2+;y3+;");
   EXPECT_EQ(m.glycoLoc, "4");
-  // The states stay: y3 shifted, the rest direct, the unannotated peak taken
-  // though it did not count.
-  EXPECT_EQ(lib.peakUsed, (States{1, 2, 1, 1}));
+  // The states of the chosen entry: y3 shifted, the rest direct, the
+  // unannotated peak taken though it did not count.
+  EXPECT_EQ(std::vector<uint32_t>(matcher.Marks().begin(), matcher.Marks().end()),
+            (States{1, 2, 1, 1}));
   // No candidates: no library spectrum, score 0, no site.
   CSpectralMatch none = matcher.Match(query, {}, CGlycanLists());
   EXPECT_TRUE(none.library == nullptr && none.score == 0.0 && none.glycoLoc.empty());

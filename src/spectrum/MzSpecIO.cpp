@@ -17,7 +17,7 @@ void CMzSpecIO::OpenRead(const std::string& pathname) {
   path = pathname;
   stem = FileStem(pathname);
   if (!file.Open(pathname)) {
-    std::cout << "\nCMzSpecIO error: failed to open spec file " << pathname << std::endl;
+    std::cout << "\nCMzSpecIO error: failed to open spectrum file " << pathname << std::endl;
     NoteInputFailure();
   } else {
     std::unique_ptr<CMzHandler> handler = MakeHandler();

@@ -152,7 +152,7 @@ TEST(MzSpecIOTest, DamagedFilesEndInAMessageNamingTheFile) {
       {"not zlib", Mzml(Spectrum(0, "scan=1", kMs2, Charge(2), "AAAAAAAAAAAA")), "can't be decoded", 1, 0},
       {"wrong array length", Mzml(Spectrum(0, "scan=1", kMs2, Charge(2), kMz, "4")),
        "holds 3 values where 4 are announced", 1, 0},
-      {"missing file", "", "failed to open spec file", 0, 0},
+      {"missing file", "", "failed to open spectrum file", 0, 0},
   };
   testutil::TempDir dir;
   for (const Case& c : cases) {

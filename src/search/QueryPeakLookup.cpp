@@ -3,17 +3,7 @@
 #include <algorithm>
 
 #include "run/Param.h"
-
-namespace {
-// A hint that `address` will soon be read; no effect on results.
-inline void Prefetch(const void* address) {
-#if defined(__GNUC__)
-  __builtin_prefetch(address, 0);
-#else
-  (void)address;
-#endif
-}
-}  // namespace
+#include "search/Prefetch.h"
 
 bool CQueryPeakLookup::Prepare(const CSpectrum& query) {
   windows.clear();

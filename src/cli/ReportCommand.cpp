@@ -3,9 +3,9 @@
 #include <iostream>
 
 #include "cli/ExitStatus.h"
-#include "fdr/QValueFiles.h"
 #include "report/HtmlReport.h"
 #include "run/Process.h"
+#include "run/RunPaths.h"
 #include "run/SafeOutputFile.h"
 
 int ReportCommand(const CRunOptions& options, const std::string& out, int topN) {

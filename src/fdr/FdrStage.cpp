@@ -20,7 +20,8 @@ CFdrCounts RunFdr(const CSearchParam& settings) {
     std::rename(resultPath.c_str(), tmpPath.c_str());
   CFdrEstimator estimator(tmpPath, resultPath, 1);
   estimator.Estimate();
-  if (settings.glycopeptide_fdr) RunGlycopeptideQValues(settings, estimator.records);
+  // The ranked file is complete: the search's lines are no longer needed.
   std::remove(tmpPath.c_str());
+  if (settings.glycopeptide_fdr) RunGlycopeptideQValues(settings, estimator.records);
   return estimator.Counts();
 }

@@ -156,7 +156,7 @@ void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdr
   std::cout << ">> Estimating glycopeptide q-values." << std::endl;
   CMassTable table;
   CMassTableFile tableFile;
-  tableFile.filename = kMassTableFilename;
+  tableFile.filename = settings.mass_table_filename;
   tableFile.Load(table);
   table.SortGlycans();
   std::vector<CGlycopeptideHit> hits = ParseResultLines(records);

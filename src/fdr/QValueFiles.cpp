@@ -30,16 +30,6 @@ void WriteFileAtomically(const std::string& path, const std::string& text) {
 
 }  // namespace
 
-std::string QValuePath(const std::string& resultPath, const std::string& extension) {
-  const std::size_t separator = LastSeparator(resultPath);
-  const std::size_t dot = resultPath.rfind('.');
-  const bool hasExtension = dot != std::string::npos &&
-                            (separator == std::string::npos || dot > separator + 1);
-  const std::string stem = hasExtension ? resultPath.substr(0, dot) : resultPath;
-  const std::string ownExtension = hasExtension ? resultPath.substr(dot) : std::string();
-  return stem + "_qvalues" + (extension.empty() ? ownExtension : extension);
-}
-
 void WriteQValueFiles(std::vector<CGlycopeptideHit>& hits, const std::string& resultPath) {
   std::vector<std::size_t> order(hits.size());
   std::iota(order.begin(), order.end(), 0);

@@ -3,10 +3,8 @@
 #include <vector>
 
 #include "fdr/GlycopeptideHit.h"
+#include "run/RunPaths.h"
 
-// "<stem>_qvalues<extension>" beside the result file, and the feature file
-// "<stem>_qvalues.pin".
-std::string QValuePath(const std::string& resultPath, const std::string& extension = "");
 
 // The q-value file (best first) and the feature file, each written whole to a
 // temporary file and then renamed into place.

@@ -75,6 +75,16 @@ std::string CompanionFileName(const std::string& libraryPath) {
   return libraryPath.substr(0, point) + "_libcomp.txt";
 }
 
+std::string QValuePath(const std::string& resultPath, const std::string& extension) {
+  const std::size_t separator = LastSeparator(resultPath);
+  const std::size_t dot = resultPath.rfind('.');
+  const bool hasExtension = dot != std::string::npos &&
+                            (separator == std::string::npos || dot > separator + 1);
+  const std::string stem = hasExtension ? resultPath.substr(0, dot) : resultPath;
+  const std::string ownExtension = hasExtension ? resultPath.substr(dot) : std::string();
+  return stem + "_qvalues" + (extension.empty() ? ownExtension : extension);
+}
+
 bool SameFile(const std::string& a, const std::string& b) {
   struct stat sa, sb;
   if (::stat(a.c_str(), &sa) == 0 && ::stat(b.c_str(), &sb) == 0)
@@ -118,6 +128,13 @@ CRunPaths CollectRunPaths(const CParam& param) {
     paths.outputs.push_back(
         Named(s.output_result_filename + ".tmp",
               "the temporary file of " + Key("output_result_filename", "search")));
+    if (s.glycopeptide_fdr) {
+      paths.outputs.push_back(Named(QValuePath(s.output_result_filename),
+                                    "the q-value file of " + Key("output_result_filename", "search")));
+      paths.outputs.push_back(
+          Named(QValuePath(s.output_result_filename, ".pin"),
+                "the feature file of " + Key("output_result_filename", "search")));
+    }
   }
   return paths;
 }

@@ -25,6 +25,10 @@ CRunPaths CollectRunPaths(const CParam& param);
 // from the last point of the name on ("out.quolib" -> "out_libcomp.txt").
 std::string CompanionFileName(const std::string& libraryPath);
 
+// "<stem>_qvalues<extension>" beside the result file (the result's own
+// extension when none is given), and the feature file "<stem>_qvalues.pin".
+std::string QValuePath(const std::string& resultPath, const std::string& extension = "");
+
 // The message of a companion file that can't be written.
 std::string CompanionWriteError(const std::string& path);
 

@@ -44,7 +44,11 @@ class CommandLine : public ::testing::Test {
     for (const auto& [key, value] : keys) {
       const std::size_t at = conf.find("\n" + key + " = ");
       if (at == std::string::npos) {
-        conf.insert(conf.find("[search]"), key + " = " + value + "\n");
+        // A new key goes to [search], or to [construction] when named "construction/key".
+        if (key.rfind("construction/", 0) == 0)
+          conf.insert(conf.find("[search]"), key.substr(13) + " = " + value + "\n");
+        else
+          conf += key + " = " + value + "\n";
       } else {
         conf.replace(at + 1, conf.find('\n', at + 1) - at - 1, key + " = " + value);
       }
@@ -86,7 +90,8 @@ TEST_F(CommandLine, HelpVersionAndWrongCommandLines) {
 TEST_F(CommandLine, RunTakesPathsFromTheConfigurationFolderAndGivesTheClassicFiles) {
   testutil::TempDir classic, native;
   CopyDemo(classic);
-  CopyDemo(native);
+  // The q-values change no other output; they need the mass table the run chose.
+  CopyDemo(native, {{"glycopeptide_fdr", "yes"}});
   const std::string installed = testutil::InstallProgram(classic.path().string());
   WriteFile(classic / "abs.conf", ReadFile(*demo_ / "demo.conf"));
   std::string conf = ReadFile(classic / "abs.conf");
@@ -101,6 +106,8 @@ TEST_F(CommandLine, RunTakesPathsFromTheConfigurationFolderAndGivesTheClassicFil
   for (const char* file : {"demo.quolib", "demo_libcomp.txt", "demo_result.txt"})
     EXPECT_TRUE(ReadFile(classic / file) == ReadFile(native / file)) << file;
   EXPECT_TRUE(fs::is_empty(elsewhere_.path()));
+  EXPECT_TRUE(testutil::FileExists(native / "demo_result_qvalues.txt"));
+  EXPECT_FALSE(testutil::FileExists(native / "demo_result.txt.tmp"));
   // Off a terminal the plain progress lines stay; the summary ends the run.
   EXPECT_TRUE(Has(result.output, "\t\tSpectra: "));
   for (const std::string& line : std::vector<std::string>{"    queries read                                400\n",
@@ -148,7 +155,7 @@ TEST_F(CommandLine, FaultsSayWhatWasExpected) {
       {{"library_dataset_format", "raw"}, 1, "mzml (also .mzML.gz) or mzxml (any case); found \"raw\""},
       {{"qurey_dataset_format", "mgf"},
        0,
-       "[Warning]: The key \"qurey_dataset_format\" in section \"construction\" is not one the "
+       "[Warning]: The key \"qurey_dataset_format\" in section \"search\" is not one the "
        "program reads; it is ignored.\n"},
   };
   for (const auto& c : cases) {
@@ -165,7 +172,7 @@ TEST_F(CommandLine, FaultsSayWhatWasExpected) {
 TEST_F(CommandLine, PepXmlUpdatesATableBesideTheLibraryAndAnEmptyLibraryIsIncomplete) {
   testutil::TempDir dir;
   CopyDemo(dir, {{"identification_format", "pepxml"},
-                 {"probability_threshold", "0.5"},
+                 {"construction/probability_threshold", "0.5"},
                  {"identification_filename_1", "ids.pep.xml"}});
   WriteFile(dir / "ids.pep.xml",
             "<msms_pipeline_analysis><msms_run_summary><search_summary>"

@@ -55,6 +55,10 @@ int RunCommand(const CRunOptions& options) {
   summary.library = param.construction.output_speclib_filename;
   summary.companion = CompanionFileName(summary.library);
   summary.result = param.search.output_result_filename;
+  if (summary.search && param.search.glycopeptide_fdr) {
+    summary.qvalues = QValuePath(summary.result);
+    summary.features = QValuePath(summary.result, ".pin");
+  }
   if (summary.search)
     summary.summaryFile = BesideWithSuffix(summary.result, "_summary.json");
   else if (summary.construction)

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include <nlohmann/json.hpp>
+
 namespace {
 
 std::string Row(const std::string& label, uint64_t value, const std::string& note = "") {
@@ -20,52 +22,6 @@ std::string Heading(const std::string& stage, double seconds) {
 std::string Path(const std::string& label, const std::string& path) {
   return "    " + label + std::string(label.size() < 12 ? 12 - label.size() : 0, ' ') + " " + path +
          "\n";
-}
-
-std::string Quoted(const std::string& text) {
-  std::string out = "\"";
-  for (char c : text) {
-    switch (c) {
-      case '"':
-        out += "\\\"";
-        break;
-      case '\\':
-        out += "\\\\";
-        break;
-      case '\n':
-        out += "\\n";
-        break;
-      case '\t':
-        out += "\\t";
-        break;
-      case '\r':
-        out += "\\r";
-        break;
-      default:
-        if (static_cast<unsigned char>(c) < 0x20) {
-          char escaped[8];
-          std::snprintf(escaped, sizeof escaped, "\\u%04x", c);
-          out += escaped;
-        } else {
-          out += c;
-        }
-    }
-  }
-  return out + "\"";
-}
-
-std::string Field(const std::string& name, uint64_t value) {
-  return Quoted(name) + ":" + std::to_string(value);
-}
-
-std::string Field(const std::string& name, double seconds) {
-  char buffer[32];
-  std::snprintf(buffer, sizeof buffer, "%.3f", seconds);
-  return Quoted(name) + ":" + buffer;
-}
-
-std::string Field(const std::string& name, const std::string& text) {
-  return Quoted(name) + ":" + Quoted(text);
 }
 
 }  // namespace
@@ -106,39 +62,48 @@ std::string FormatSummary(const CRunSummary& s) {
   }
   if (s.construction || s.search) text += Path("mass table", s.massTable);
   if (s.search) text += Path("result", s.result);
+  if (!s.qvalues.empty()) {
+    text += Path("q-values", s.qvalues);
+    text += Path("features", s.features);
+  }
   if (!s.summaryFile.empty()) text += Path("summary", s.summaryFile);
   return text;
 }
 
 std::string SummaryJson(const CRunSummary& s) {
-  std::string json = "{";
+  // Keys in the order a reader meets them on the console.
+  nlohmann::ordered_json json;
   if (s.construction) {
     const CListCounts& r = s.built.records;
-    json += Quoted("construction") + ":{" + Field("records_read", r.read) + "," +
-            Field("records_kept", r.kept) + "," + Field("dropped_no_mark", r.noMark) + "," +
-            Field("dropped_not_on_sequon", r.notOnSequon) + "," +
-            Field("dropped_below_probability", r.belowProbability) + "," +
-            Field("dropped_spectrum_not_found", s.built.spectraNotFound) + "," +
-            Field("peptides", s.built.peptides) + "," +
-            Field("entries_written", s.built.entriesWritten) + "," +
-            Field("seconds", s.constructionSeconds) + "," + Field("library", s.library) + "," +
-            Field("companion", s.companion) + "}";
+    json["construction"] = {{"records_read", r.read},
+                            {"records_kept", r.kept},
+                            {"dropped_no_mark", r.noMark},
+                            {"dropped_not_on_sequon", r.notOnSequon},
+                            {"dropped_below_probability", r.belowProbability},
+                            {"dropped_spectrum_not_found", s.built.spectraNotFound},
+                            {"peptides", s.built.peptides},
+                            {"entries_written", s.built.entriesWritten},
+                            {"seconds", s.constructionSeconds},
+                            {"library", s.library},
+                            {"companion", s.companion}};
   }
   if (s.search) {
-    if (s.construction) json += ",";
     const CSearchCounts& q = s.searched;
-    json += Quoted("search") + ":{" + Field("library_entries", q.librarySpectra) + "," +
-            Field("queries_read", q.queriesRead) + "," +
-            Field("queries_passing_oxonium", q.queriesAccepted) + "," +
-            Field("queries_with_candidates", q.withCandidates) + "," +
-            Field("result_lines", q.resultLines) + "," + Field("targets", q.targets) + "," +
-            Field("decoys", q.decoys) + "," + Field("damaged_peaks", q.damagedPeaks) + "," +
-            Field("seconds", s.searchSeconds) + "," + Field("result", s.result) + "}," +
-            Quoted("fdr") + ":{" + Field("targets_fdr_1", s.ranked.targetsAt1) + "," +
-            Field("targets_fdr_5", s.ranked.targetsAt5) + "," + Field("seconds", s.fdrSeconds) +
-            "}";
+    json["search"] = {{"library_entries", q.librarySpectra},
+                      {"queries_read", q.queriesRead},
+                      {"queries_passing_oxonium", q.queriesAccepted},
+                      {"queries_with_candidates", q.withCandidates},
+                      {"result_lines", q.resultLines},
+                      {"targets", q.targets},
+                      {"decoys", q.decoys},
+                      {"damaged_peaks", q.damagedPeaks},
+                      {"seconds", s.searchSeconds},
+                      {"result", s.result}};
+    if (!s.qvalues.empty()) json["search"]["qvalues"] = s.qvalues;
+    json["fdr"] = {{"targets_fdr_1", s.ranked.targetsAt1},
+                   {"targets_fdr_5", s.ranked.targetsAt5},
+                   {"seconds", s.fdrSeconds}};
   }
-  if (s.construction || s.search) json += ",";
-  json += Field("mass_table", s.massTable) + "}\n";
-  return json;
+  json["mass_table"] = s.massTable;
+  return json.dump() + "\n";
 }

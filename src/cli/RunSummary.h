@@ -14,6 +14,7 @@ struct CRunSummary {
   CFdrCounts ranked;
   double constructionSeconds = 0.0, searchSeconds = 0.0, fdrSeconds = 0.0;
   std::string library, companion, massTable, result, summaryFile;
+  std::string qvalues, features;  // with glycopeptide_fdr = yes
 };
 
 // The summary as the console shows it.

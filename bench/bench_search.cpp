@@ -199,7 +199,7 @@ void BM_SelectAndMatch(benchmark::State& state) {
   Fixture& data = Data();
   CSpectrumMatcher matcher;
   matcher.Init(512);
-  matcher.UsePeakLookup(&data.library.peakLookup);
+  matcher.UsePeakTable(&data.library.peakTable);
   std::vector<CSpectrum*> candidates;
   candidates.reserve(1024);
   CGlycanLists lists;

@@ -12,13 +12,13 @@
 
 void CSpectrumMatcher::PrefetchEarly(const CSpectrum& library) const {
   Prefetch(&library.precursorMass);
-  if (peakLookup != nullptr) {
-    if (const void* entry = peakLookup->EntryAddress(library)) Prefetch(entry);
+  if (peakTable != nullptr) {
+    if (const void* entry = peakTable->EntryAddress(library)) Prefetch(entry);
   }
 }
 
 bool CSpectrumMatcher::FindView(const CSpectrum& library, CEntryPeakView& view) const {
-  if (peakLookup == nullptr || !peakLookup->Find(library, view)) return false;
+  if (peakTable == nullptr || !peakTable->Find(library, view)) return false;
   // The first lines of the arrays that scoring reads in order; the processor
   // follows the rest by itself.
   constexpr std::size_t kLine = 64, kMzLines = 32, kIonLines = 16;
@@ -31,37 +31,31 @@ bool CSpectrumMatcher::FindView(const CSpectrum& library, CEntryPeakView& view) 
   return true;
 }
 
+void CSpectrumMatcher::TakeView(const CSpectrum& library) {
+  if (!FindView(library, scratch.view))
+    CLibraryPeakTable::Describe(library, scratch.described, scratch.view);
+}
+
 void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, const CSpectrum& library,
                                           const CEntryPeakView* found, bool keep) {
   constexpr uint32_t kPeakBits = CQueryPeakLookup::kPeakBits;
   const double shift = query.precursorMass - library.precursorMass;
-  CEntryPeakView view;
-  if (found != nullptr) {
-    view = *found;
-  } else if (lookupUsable && !FindView(library, view)) {
-    scratch.mzs.clear();
-    scratch.ions.clear();
-    view.usable = CLibraryPeakLookup::Describe(library, scratch.mzs, scratch.ions, view.largestMz);
-    view.mzs = scratch.mzs.data();
-    view.peakCount = scratch.mzs.size();
-    view.ions = scratch.ions.data();
-    view.ionCount = scratch.ions.size();
-  }
+  const CEntryPeakView& view = scratch.view;
+  if (found != nullptr) scratch.view = *found;
+  else TakeView(library);
   // The bisections of the rule presume finite m/z in ascending order; an entry
   // that breaks this, or a scale beyond the look-up's margin, takes the
   // reference path.
   const double scaleLimit = scratch.queryLookup.ScaleLimit();
   if (!lookupUsable || !view.usable || !(std::fabs(shift) <= scaleLimit) ||
-      view.largestMz > scaleLimit || view.peakCount != library.peaks.size()) {
+      view.largestMz > scaleLimit) {
     ScoreByPeakSearch(query, library, keep);
     return;
   }
   StartCandidate(library);
-  const std::vector<CPeak>& peaks = library.peaks;
   std::vector<uint64_t>& hits = scratch.hits;
   hits.clear();
-  scratch.queryLookup.CollectPairs(view, peaks.data(), HighestFragmentCharge(query.charge), shift,
-                                   hits);
+  scratch.queryLookup.CollectPairs(view, HighestFragmentCharge(query.charge), shift, hits);
 
   std::sort(hits.begin(), hits.end());
   std::vector<uint32_t>& used = scratch.marks;
@@ -74,7 +68,7 @@ void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, const CSpectru
       const uint32_t z = static_cast<uint32_t>(hits[k] >> kPeakBits) & 0xF;
       const std::size_t l = static_cast<std::size_t>(hits[k] & ((1u << kPeakBits) - 1));
       if (used[l] != 0) continue;
-      const double intensity = peaks[l].intensity;
+      const double intensity = view.intensities[l];
       if (z == 0) {
         if (found < 0 || intensity > bestDirect) {
           found = static_cast<int>(l);
@@ -89,7 +83,7 @@ void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, const CSpectru
     }
     if (found < 0) continue;
     used[static_cast<std::size_t>(found)] = state;
-    TakePair(query, library, q, found);
+    TakePair(query, q, found);
   }
-  FinishCandidate(query, library, keep);
+  FinishCandidate(query, keep);
 }

@@ -51,7 +51,7 @@ void CLibrarySearcher::StartWorkers() {
   for (uint32_t w = 0; w < threads; ++w) {
     auto worker = std::make_unique<CWorker>();
     worker->matcher.Init(512);
-    worker->matcher.UsePeakLookup(&library.peakLookup);
+    worker->matcher.UsePeakTable(&library.peakTable);
     worker->candidates.reserve(1024);
     worker->glycanLists.reserve(1024, 4096);
     workers.push_back(std::move(worker));

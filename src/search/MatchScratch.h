@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "search/LibraryPeakLookup.h"
+#include "search/LibraryPeakTable.h"
 #include "search/QueryPeakLookup.h"
 #include "search/SpectralMatch.h"
 #include "spectrum/Peak.h"
@@ -21,9 +21,13 @@ struct CMatchScratch {
   CQueryPeakLookup queryLookup;
   // Candidate pairs of one candidate: query peak << 32 | charge << 28 | library peak.
   std::vector<uint64_t> hits;
-  // Compact data of a spectrum that the library's look-up doesn't cover.
-  std::vector<double> mzs;
-  std::vector<CLibraryIon> ions;
+  // The peaks of the candidate scored last; after Match, of the chosen one.
+  CEntryPeakView view;
+  // The arrays of that view for a spectrum outside the library's table.
+  CDescribedPeaks described;
+  // The peak records of a table entry for the reference path, which searches
+  // records.
+  CSpectrum materialized;
   // Views of the candidates, found once each, a few candidates ahead of scoring.
   std::vector<std::optional<CEntryPeakView>> views;
   // The scored records of the current query; the first matchCount are in use.

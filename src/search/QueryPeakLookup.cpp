@@ -74,10 +74,9 @@ bool CQueryPeakLookup::Prepare(const CSpectrum& query) {
   return true;
 }
 
-void CQueryPeakLookup::CollectPairs(const CEntryPeakView& view, const CPeak* peaks,
-                                    uint32_t highestCharge, double shift,
-                                    std::vector<uint64_t>& pairs) const {
-  double shiftByCharge[CLibraryPeakLookup::kHighestIonCharge + 1] = {};
+void CQueryPeakLookup::CollectPairs(const CEntryPeakView& view, uint32_t highestCharge,
+                                    double shift, std::vector<uint64_t>& pairs) const {
+  double shiftByCharge[CLibraryPeakTable::kHighestIonCharge + 1] = {};
   for (uint32_t z = 1; z <= highestCharge; ++z) shiftByCharge[z] = shift / static_cast<double>(z);
   for (std::size_t i = 0; i < view.peakCount; ++i) {
     const double mz = view.mzs[i];
@@ -89,7 +88,7 @@ void CQueryPeakLookup::CollectPairs(const CEntryPeakView& view, const CPeak* pea
       const Window& window = windows[w];
       if (window.lower <= mz && mz < window.upper) {
         pairs.push_back(static_cast<uint64_t>(window.index) << 32 | i);
-        Prefetch(&peaks[i]);  // its intensity and type are read next
+        Prefetch(&view.intensities[i]);  // read next
       }
     }
   }
@@ -107,7 +106,7 @@ void CQueryPeakLookup::CollectPairs(const CEntryPeakView& view, const CPeak* pea
       if (centre - window.tolerance <= mz && mz < centre + window.tolerance) {
         pairs.push_back(static_cast<uint64_t>(window.index) << 32 |
                         static_cast<uint64_t>(z) << kPeakBits | l);
-        Prefetch(&peaks[l]);
+        Prefetch(&view.intensities[l]);
       }
     }
   }

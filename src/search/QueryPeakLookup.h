@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "search/LibraryPeakLookup.h"
+#include "search/LibraryPeakTable.h"
 #include "spectrum/Spectrum.h"
 
 // The fast way to the pairs of the scoring rule. The rule asks, for each query
@@ -24,9 +24,9 @@ class CQueryPeakLookup {
   // |shift| and library m/z up to which the look-up stays exact.
   double ScaleLimit() const { return scaleLimit; }
   // Appends the pairs of one library entry: query peak << 32 | charge << 28 |
-  // library peak, charge 0 for the direct window. `peaks` is only prefetched.
-  void CollectPairs(const CEntryPeakView& view, const CPeak* peaks, uint32_t highestCharge,
-                    double shift, std::vector<uint64_t>& pairs) const;
+  // library peak, charge 0 for the direct window.
+  void CollectPairs(const CEntryPeakView& view, uint32_t highestCharge, double shift,
+                    std::vector<uint64_t>& pairs) const;
 
   static constexpr uint32_t kPeakBits = 28;
 

@@ -7,7 +7,7 @@
 #include "run/Motif.h"
 #include "search/SpectrumMatcher.h"
 
-void CSpectrumMatcher::AssignSite(std::span<const uint32_t> marks) {
+void CSpectrumMatcher::AssignSite(const CEntryPeakView& peaks, std::span<const uint32_t> marks) {
   const CSpectrum* library = current.library;
   current.site = 0;
   if (library == nullptr) return;
@@ -24,9 +24,9 @@ void CSpectrumMatcher::AssignSite(std::span<const uint32_t> marks) {
   // Each ion says the site lies at index k or lower, in its array's direction:
   // a direct b ion (no glycan) excludes its first p residues, a shifted b ion
   // (glycan on it) holds the site within them; likewise from the C-terminus for y.
-  const std::size_t peakCount = std::min(library->peaks.size(), marks.size());
+  const std::size_t peakCount = std::min(peaks.peakCount, marks.size());
   for (std::size_t i = 0; i < peakCount; ++i) {
-    const CPeak& peak = library->peaks[i];
+    const CPeakLabel& peak = peaks.Label(i);
     const uint32_t state = marks[i];
     const std::size_t p = peak.position;
     // A position beyond the sequence can only come from a damaged library; it

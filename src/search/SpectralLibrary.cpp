@@ -23,16 +23,21 @@ void CSpectralLibrary::Init(const std::string& pathname, const std::string& mass
 
 void CSpectralLibrary::Load() {
   spectra.clear();
+  peakTable.Clear();
   reader = CreateSpecIO(file.format);
   if (reader != nullptr) {
     reader->OpenRead(file.pathname);
     spectra.reserve(reader->Count());
-    reader->ReadAll(spectra);
+    // Entry by entry, so that only one entry's peak records exist at a time:
+    // prepared, then moved into the compact table.
+    while (reader->ReadNext(spectra)) {
+      PrepareLibrarySpectrum(spectra.back(), minMz, maxMz);
+      peakTable.Add(spectra.back());
+    }
     reader->CloseRead();
     delete reader;
     reader = nullptr;
   }
-  for (CSpectrum& spectrum : spectra) PrepareLibrarySpectrum(spectrum, minMz, maxMz);
   BuildIndex();
 }
 
@@ -62,6 +67,15 @@ void PrepareLibrarySpectrum(CSpectrum& spectrum, double minMz, double maxMz) {
 }
 
 void CSpectralLibrary::BuildIndex() {
+  // Spectra put in by hand (not loaded) move their peaks into the table here.
+  const bool tableCurrent =
+      peakTable.EntryCount() == spectra.size() &&
+      std::all_of(spectra.begin(), spectra.end(), [](const CSpectrum& s) { return s.peaks.empty(); });
+  if (!tableCurrent) {
+    peakTable.Clear();
+    for (CSpectrum& spectrum : spectra) peakTable.Add(spectrum);
+  }
+  peakTable.Attach(spectra);
   massIndex.assign(maxCharge + 1, {});
   for (auto& row : massIndex) row.reserve(512);
   for (std::size_t i = 0; i < spectra.size(); ++i) {
@@ -101,7 +115,6 @@ void CSpectralLibrary::BuildIndex() {
   std::sort(probesWithoutNeuAc.begin(), probesWithoutNeuAc.end(), std::greater<double>());
   probesWithoutNeuAc.erase(std::unique(probesWithoutNeuAc.begin(), probesWithoutNeuAc.end()),
                            probesWithoutNeuAc.end());
-  peakLookup.Build(spectra);
 }
 
 void CSpectralLibrary::TestEntry(const CSpectrum& query, double tolerance,

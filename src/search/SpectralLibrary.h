@@ -6,7 +6,7 @@
 #include "molecule/MassTable.h"
 #include "run/Param.h"
 #include "search/GlycanLists.h"
-#include "search/LibraryPeakLookup.h"
+#include "search/LibraryPeakTable.h"
 #include "spectrum/SpecIO.h"
 #include "spectrum/Spectrum.h"
 
@@ -26,10 +26,12 @@ class CSpectralLibrary {
  public:
   // Sets the members, reads the mass table and sorts its glycan table.
   void Init(const std::string& pathname, const std::string& massTablePath = kMassTableFilename);
-  // Reads and prepares every spectrum, builds massIndex.
+  // Reads and prepares every spectrum, moves its peaks into peakTable, builds
+  // massIndex.
   void Load();
-  // Builds massIndex (and the look-up aids of SelectCandidates and matching)
-  // from `spectra` and the glycan table; Load ends with it.
+  // Builds massIndex (and the look-up aids of SelectCandidates) from `spectra`
+  // and the glycan table, and moves the peaks of spectra not yet in peakTable
+  // there; Load ends with it.
   void BuildIndex();
   // Appends every library entry whose mass difference to the query fits a glycan
   // (NeuAc glycans only for a query with hasNeuAc), rows 1..maxCharge in order,
@@ -52,8 +54,8 @@ class CSpectralLibrary {
   uint32_t maxCharge = 8;
   std::vector<std::vector<CLibraryIndexEntry>> massIndex;
   CMassTable massTable;
-  // Compact peak data of `spectra` for matching; built by BuildIndex.
-  CLibraryPeakLookup peakLookup;
+  // The peaks of `spectra`, whose own peak lists are empty once loaded.
+  CLibraryPeakTable peakTable;
 
  private:
   // Appends the entry as a candidate when a permitted glycan fits its delta.

@@ -125,12 +125,12 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
   current.candidateCount = static_cast<int32_t>(matchCount);
   ClearMatches();
   NameMatchedIons();
-  AssignSite(scratch.marks);
+  AssignSite(scratch.view, scratch.marks);
   return current;
 }
 
 void CSpectrumMatcher::StartCandidate(const CSpectrum& library) {
-  scratch.marks.assign(library.peaks.size(), 0);
+  scratch.marks.assign(scratch.view.peakCount, 0);
   // The record points at the entry; only the search's in-order writer changes
   // an entry (its motif list, NarrowMotifsToSite).
   current.library = const_cast<CSpectrum*>(&library);
@@ -145,14 +145,13 @@ void CSpectrumMatcher::StartCandidate(const CSpectrum& library) {
   current.psPairs.clear();
 }
 
-void CSpectrumMatcher::TakePair(const CSpectrum& query, const CSpectrum& library, std::size_t q,
-                                int l) {
-  const CPeak& found = library.peaks[static_cast<std::size_t>(l)];
+void CSpectrumMatcher::TakePair(const CSpectrum& query, std::size_t q, int l) {
+  const std::size_t found = static_cast<std::size_t>(l);
   // An unannotated library peak stays marked even though it does not count.
-  if (found.type == kPeakUnannotated) return;
+  if (scratch.view.Label(found).type == kPeakUnannotated) return;
   const auto pair = std::make_pair(static_cast<uint32_t>(q), static_cast<uint32_t>(l));
   current.dpsPairs.push_back(pair);
-  const double mean = (found.intensity + query.peaks[q].intensity) * 0.5;
+  const double mean = (scratch.view.intensities[found] + query.peaks[q].intensity) * 0.5;
   current.dps += mean * mean;
   if (q < query.topPeakCount) {
     ++current.matchedTopPeakCount;
@@ -174,12 +173,22 @@ void CSpectrumMatcher::PrepareQuery(const CSpectrum& query) {
 void CSpectrumMatcher::ScoreCandidateByPeakSearch(const CSpectrum& query, const CSpectrum& library) {
   queryTotal = 0.0;
   for (const CPeak& peak : query.peaks) queryTotal += peak.intensity * peak.intensity;
+  TakeView(library);
   ScoreByPeakSearch(query, library);
 }
 
 void CSpectrumMatcher::ScoreByPeakSearch(const CSpectrum& query, const CSpectrum& library,
                                          bool keep) {
   StartCandidate(library);
+  // The rule searches peak records; an entry whose peaks live in the table
+  // has them made again.
+  const CEntryPeakView& view = scratch.view;
+  const CSpectrum* records = &library;
+  if (library.peaks.size() != view.peakCount) {
+    scratch.materialized.peaks.clear();
+    for (std::size_t i = 0; i < view.peakCount; ++i) scratch.materialized.peaks.push_back(view.Peak(i));
+    records = &scratch.materialized;
+  }
   const double shift = query.precursorMass - library.precursorMass;
   const CSearchParam& search = CParam::GetInstance().search;
   const double toleranceValue = search.query_product_ion_tolerance;
@@ -187,7 +196,7 @@ void CSpectrumMatcher::ScoreByPeakSearch(const CSpectrum& query, const CSpectrum
   // Shifted matching needs a b or y ion of charge z; charges above the highest
   // one the entry has can find nothing, so they are not searched at all.
   uint32_t entryCharge = 0;
-  for (const CPeak& peak : library.peaks)
+  for (const CPeak& peak : records->peaks)
     if ((peak.type == kPeakB || peak.type == kPeakY) && peak.charge > entryCharge)
       entryCharge = peak.charge;
   const uint32_t highestCharge = std::min(HighestFragmentCharge(query.charge), entryCharge);
@@ -196,20 +205,19 @@ void CSpectrumMatcher::ScoreByPeakSearch(const CSpectrum& query, const CSpectrum
   for (std::size_t q = 0; q < queryPeaks.size(); ++q) {
     const CPeak& peak = queryPeaks[q];
     const double tolerance = ToleranceInDa(toleranceValue, toleranceUnit, peak.mz);
-    const int l = library.FindShiftedPeak(peak.mz, tolerance, highestCharge, shift, scratch.marks);
-    if (l >= 0) TakePair(query, library, q, l);
+    const int l = records->FindShiftedPeak(peak.mz, tolerance, highestCharge, shift, scratch.marks);
+    if (l >= 0) TakePair(query, q, l);
   }
-  FinishCandidate(query, library, keep);
+  FinishCandidate(query, keep);
 }
 
-void CSpectrumMatcher::FinishCandidate(const CSpectrum& query, const CSpectrum& library,
-                                       bool keep) {
+void CSpectrumMatcher::FinishCandidate(const CSpectrum& query, bool keep) {
   const std::vector<CPeak>& queryPeaks = query.peaks;
   const double total = queryTotal;
   int32_t yIons = 0, peptideIons = 0;
   double yIntensity = 0.0, peptideIntensity = 0.0;
   for (const auto& [q, l] : current.dpsPairs) {
-    const int32_t type = library.peaks[l].type;
+    const int32_t type = scratch.view.Label(l).type;
     const double squared = queryPeaks[q].intensity * queryPeaks[q].intensity;
     if (type == kPeakYCore) {
       ++yIons;
@@ -233,11 +241,11 @@ void CSpectrumMatcher::NameMatchedIons() {
   current.dpsIons.clear();
   current.psIons.clear();
   if (current.library == nullptr) return;
-  const std::vector<CPeak>& peaks = current.library->peaks;
+  const CEntryPeakView& peaks = scratch.view;
   auto name = [&](const std::vector<std::pair<uint32_t, uint32_t>>& pairs, std::string& out) {
     std::vector<CPeak>& ions = scratch.namedIons;
     ions.clear();
-    for (const auto& pair : pairs) ions.push_back(peaks[pair.second]);
+    for (const auto& pair : pairs) ions.push_back(peaks.Peak(pair.second));
     std::sort(ions.begin(), ions.end(), [](const CPeak& a, const CPeak& b) {
       if (a.type != b.type) return a.type < b.type;
       if (a.charge != b.charge) return a.charge < b.charge;

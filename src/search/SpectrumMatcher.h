@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "search/GlycanLists.h"
-#include "search/LibraryPeakLookup.h"
+#include "search/LibraryPeakTable.h"
 #include "search/MatchScratch.h"
 #include "search/SpectralMatch.h"
 #include "spectrum/Spectrum.h"
@@ -29,8 +29,8 @@ class CSpectrumMatcher {
   // Fills ps and score of every scored record; N is the query's topPeakCount.
   void ComputeScores(uint32_t topPeaks);
   // Sets current.glycoLoc and current.site from the match states `marks` of
-  // current.library's peaks.
-  void AssignSite(std::span<const uint32_t> marks);
+  // current.library's peaks, `peaks`.
+  void AssignSite(const CEntryPeakView& peaks, std::span<const uint32_t> marks);
   // From a record's search on, its entry lists only the motif of the chosen
   // site, if it has one. The search applies this in query order.
   static void NarrowMotifsToSite(const CSpectralMatch& match);
@@ -43,9 +43,9 @@ class CSpectrumMatcher {
   // Highest fragment charge tried in shifted matching for a query charge.
   static uint32_t HighestFragmentCharge(uint32_t queryCharge);
 
-  // Compact peak data of the library spectra, built after loading; spectra it
-  // doesn't cover are described on the fly. Null: always on the fly.
-  void UsePeakLookup(const CLibraryPeakLookup* lookup) { peakLookup = lookup; }
+  // Where the library's peaks are, once loaded; spectra it doesn't hold are
+  // described from their own peak lists. Null: always from their own lists.
+  void UsePeakTable(const CLibraryPeakTable* table) { peakTable = table; }
 
   // The scored records of the current query. The records are reused from query
   // to query so that their strings and lists keep their room.
@@ -65,8 +65,10 @@ class CSpectrumMatcher {
   // found already (FastScoring.cpp).
   void ScoreCandidateFast(const CSpectrum& query, const CSpectrum& library,
                           const CEntryPeakView* view = nullptr, bool keep = true);
-  // Reference scoring with queryTotal already set.
+  // Reference scoring with queryTotal and scratch.view already set.
   void ScoreByPeakSearch(const CSpectrum& query, const CSpectrum& library, bool keep = true);
+  // Sets scratch.view to the peaks of `library`: the table's, or described.
+  void TakeView(const CSpectrum& library);
   // Prepares the query's windows and queryTotal for scoring its candidates.
   void PrepareQuery(const CSpectrum& query);
   // ps for N top peaks, k0 of them matched, p = libraryPeakCount * share.
@@ -78,17 +80,18 @@ class CSpectrumMatcher {
   // The library look-up's view of a candidate, whose first lines it asks the
   // processor for; false if the look-up doesn't cover the spectrum.
   bool FindView(const CSpectrum& library, CEntryPeakView& view) const;
-  // Resets `current` and the marks for a new candidate.
+  // Resets `current` and the marks for a new candidate, whose peaks are in
+  // scratch.view.
   void StartCandidate(const CSpectrum& library);
   // Records a found library peak l for query peak q and adds to dps.
-  void TakePair(const CSpectrum& query, const CSpectrum& library, std::size_t q, int l);
+  void TakePair(const CSpectrum& query, std::size_t q, int l);
   // Ion statistics from the pair lists; appends the record if `keep`.
-  void FinishCandidate(const CSpectrum& query, const CSpectrum& library, bool keep);
-  // Fills dpsIons and psIons of `current` from its pair lists.
+  void FinishCandidate(const CSpectrum& query, bool keep);
+  // Fills dpsIons and psIons of `current` from its pair lists and scratch.view.
   void NameMatchedIons();
 
   CMatchScratch scratch;
-  const CLibraryPeakLookup* peakLookup = nullptr;
+  const CLibraryPeakTable* peakTable = nullptr;
   bool lookupUsable = false;  // the windows of the current query can serve
   double queryTotal = 0.0;    // sum of the query's squared intensities
 };

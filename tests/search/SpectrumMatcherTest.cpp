@@ -24,7 +24,10 @@ CSpectrum Prepared(std::vector<CPeak> peaks) {
 std::string Site(CSpectrum& lib, const States& states) {
   CSpectrumMatcher matcher;
   matcher.current.library = &lib;
-  matcher.AssignSite(states);
+  CDescribedPeaks storage;
+  CEntryPeakView peaks;
+  CLibraryPeakTable::Describe(lib, storage, peaks);
+  matcher.AssignSite(peaks, states);
   CSpectrumMatcher::NarrowMotifsToSite(matcher.current);
   return matcher.current.glycoLoc;
 }

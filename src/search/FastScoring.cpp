@@ -11,10 +11,8 @@
 #include "search/SpectrumMatcher.h"
 
 void CSpectrumMatcher::PrefetchEarly(const CSpectrum& library) const {
-  Prefetch(&library.precursorMass);
-  if (peakTable != nullptr) {
-    if (const void* entry = peakTable->EntryAddress(library)) Prefetch(entry);
-  }
+  const void* entry = peakTable != nullptr ? peakTable->EntryAddress(library) : nullptr;
+  Prefetch(entry != nullptr ? entry : &library.precursorMass);
 }
 
 bool CSpectrumMatcher::FindView(const CSpectrum& library, CEntryPeakView& view) const {
@@ -39,10 +37,10 @@ void CSpectrumMatcher::TakeView(const CSpectrum& library) {
 void CSpectrumMatcher::ScoreCandidateFast(const CSpectrum& query, const CSpectrum& library,
                                           const CEntryPeakView* found, bool keep) {
   constexpr uint32_t kPeakBits = CQueryPeakLookup::kPeakBits;
-  const double shift = query.precursorMass - library.precursorMass;
   const CEntryPeakView& view = scratch.view;
   if (found != nullptr) scratch.view = *found;
   else TakeView(library);
+  const double shift = query.precursorMass - view.precursorMass;
   // The bisections of the rule presume finite m/z in ascending order; an entry
   // that breaks this, or a scale beyond the look-up's margin, takes the
   // reference path.

@@ -98,12 +98,18 @@ void CLibraryPeakTable::Add(CSpectrum& spectrum) {
   entry.ions = entryIons;
   entry.peakCount = static_cast<uint32_t>(count);
   entry.ionCount = static_cast<uint32_t>(ionCount);
+  entry.precursorMass = spectrum.precursorMass;
+  entry.topPeakCount = spectrum.topPeakCount;
   entries.push_back(entry);
   std::vector<CPeak>().swap(spectrum.peaks);
 }
 
 void CLibraryPeakTable::Attach(const std::vector<CSpectrum>& spectra) {
   first = spectra.size() == entries.size() && !spectra.empty() ? spectra.data() : nullptr;
+  mzs.Seal();
+  intensities.Seal();
+  labelIds.Seal();
+  ions.Seal();
 }
 
 void CLibraryPeakTable::Clear() {
@@ -141,6 +147,8 @@ void CLibraryPeakTable::Describe(const CSpectrum& spectrum, CDescribedPeaks& sto
   view.peakCount = count;
   view.ions = storage.ions.data();
   view.ionCount = ionCount;
+  view.precursorMass = spectrum.precursorMass;
+  view.topPeakCount = spectrum.topPeakCount;
 }
 
 const void* CLibraryPeakTable::EntryAddress(const CSpectrum& spectrum) const {
@@ -155,7 +163,7 @@ const void* CLibraryPeakTable::EntryAddress(const CSpectrum& spectrum) const {
 
 bool CLibraryPeakTable::Find(const CSpectrum& spectrum, CEntryPeakView& view) const {
   const Entry* found = static_cast<const Entry*>(EntryAddress(spectrum));
-  if (found == nullptr || !spectrum.peaks.empty()) return false;
+  if (found == nullptr) return false;
   view.mzs = found->mzs;
   view.intensities = found->intensities;
   view.labelIds = found->labelIds;
@@ -165,5 +173,7 @@ bool CLibraryPeakTable::Find(const CSpectrum& spectrum, CEntryPeakView& view) co
   view.ionCount = found->ionCount;
   view.largestMz = found->largestMz;
   view.usable = found->usable;
+  view.precursorMass = found->precursorMass;
+  view.topPeakCount = found->topPeakCount;
   return true;
 }

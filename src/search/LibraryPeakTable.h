@@ -1,10 +1,10 @@
 #pragma once
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <unordered_map>
 #include <vector>
 
+#include "search/BlockStore.h"
 #include "spectrum/Spectrum.h"
 
 // What a library peak is besides its m/z and intensity. Few distinct labels
@@ -37,6 +37,10 @@ struct CEntryPeakView {
   std::size_t ionCount = 0;
   double largestMz = 0.0;  // largest |m/z| of the peaks
   bool usable = false;     // every m/z finite, ascending and within +-2^30
+  // The entry's precursorMass and topPeakCount, beside the peaks so that
+  // scoring needs no line of the entry's record.
+  double precursorMass = 0.0;
+  uint32_t topPeakCount = 0;
 
   const CPeakLabel& Label(std::size_t i) const { return labels[labelIds[i]]; }
   // The peak as a record; the merge count is not kept and reads 1.
@@ -60,35 +64,6 @@ inline int64_t FloorToInteger(double x) {
   return static_cast<double>(truncated) > x ? truncated - 1 : truncated;
 }
 
-// Append-only storage in blocks that never move: a run of items appended at
-// once stays contiguous, and growing never copies what is stored (a copy of
-// the library's largest arrays would double the memory a search needs).
-template <typename T>
-class CBlockStore {
- public:
-  // Room for `count` items, contiguous and uninitialised; Keep(n) then stores
-  // the first n of them.
-  T* Room(std::size_t count) {
-    if (blocks.empty() || capacity - used < count) {
-      capacity = std::max(kBlockItems, count);
-      blocks.push_back(std::make_unique_for_overwrite<T[]>(capacity));
-      used = 0;
-    }
-    return blocks.back().get() + used;
-  }
-  void Keep(std::size_t count) { used += count; }
-  void Clear() {
-    blocks.clear();
-    capacity = used = 0;
-  }
-
- private:
-  static constexpr std::size_t kBlockItems = std::size_t{1} << 16;
-  std::vector<std::unique_ptr<T[]>> blocks;
-  std::size_t capacity = 0;
-  std::size_t used = 0;
-};
-
 // The only copy of the library's peaks during a search: m/z, intensity and
 // label number per peak, the reachable ions, each entry's arrays contiguous.
 // Matching scans a few hundred entries per query, and full peak records (32
@@ -101,13 +76,14 @@ class CLibraryPeakTable {
   // Moves the peaks of the next entry into the table; `spectrum.peaks` ends
   // empty and gives its room back.
   void Add(CSpectrum& spectrum);
-  // Ties the entries added to `spectra`, one to one in order, for Find.
+  // Ties the entries added to `spectra`, one to one in order, for Find, and
+  // gives back unused room: no entry is added after.
   void Attach(const std::vector<CSpectrum>& spectra);
   void Clear();
   std::size_t EntryCount() const { return entries.size(); }
 
-  // The view of `spectrum` if it is one of the attached spectra and its peaks
-  // live here (its own list is empty); false otherwise.
+  // The view of `spectrum` if it is one of the attached spectra (whose peaks
+  // live here, their own lists empty); false otherwise.
   bool Find(const CSpectrum& spectrum, CEntryPeakView& view) const;
   // Address of the record that Find reads for `spectrum`, without reading
   // anything (for prefetching); null if it has none.
@@ -116,7 +92,8 @@ class CLibraryPeakTable {
   static void Describe(const CSpectrum& spectrum, CDescribedPeaks& storage, CEntryPeakView& view);
 
  private:
-  struct Entry {
+  // One cache line per entry: matching reads one for each candidate.
+  struct alignas(64) Entry {
     const double* mzs = nullptr;
     const double* intensities = nullptr;
     const uint32_t* labelIds = nullptr;
@@ -124,6 +101,8 @@ class CLibraryPeakTable {
     uint32_t peakCount = 0;
     uint32_t ionCount = 0;
     double largestMz = 0.0;
+    double precursorMass = 0.0;
+    uint32_t topPeakCount = 0;
     bool usable = false;
   };
   // The number of a label, added to `labels` when new.

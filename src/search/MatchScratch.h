@@ -30,7 +30,12 @@ struct CMatchScratch {
   CSpectrum materialized;
   // Views of the candidates, found once each, a few candidates ahead of scoring.
   std::vector<std::optional<CEntryPeakView>> views;
-  // The scored records of the current query; the first matchCount are in use.
+  // The pair lists of the candidate being scored while its record is copied
+  // without them (see CSpectralMatch::dpsPairs, psPairs).
+  std::vector<std::pair<uint32_t, uint32_t>> dpsPairs;
+  std::vector<std::pair<uint32_t, uint32_t>> psPairs;
+  // The scored records of the current query, without pair lists; the first
+  // matchCount are in use.
   std::vector<CSpectralMatch> matches;
   std::size_t matchCount = 0;
   // Ion naming and site assignment.

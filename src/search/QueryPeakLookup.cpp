@@ -88,7 +88,8 @@ void CQueryPeakLookup::CollectPairs(const CEntryPeakView& view, uint32_t highest
       const Window& window = windows[w];
       if (window.lower <= mz && mz < window.upper) {
         pairs.push_back(static_cast<uint64_t>(window.index) << 32 | i);
-        Prefetch(&view.intensities[i]);  // read next
+        Prefetch(&view.intensities[i]);  // both read next
+        Prefetch(&view.labelIds[i]);
       }
     }
   }
@@ -107,6 +108,7 @@ void CQueryPeakLookup::CollectPairs(const CEntryPeakView& view, uint32_t highest
         pairs.push_back(static_cast<uint64_t>(window.index) << 32 |
                         static_cast<uint64_t>(z) << kPeakBits | l);
         Prefetch(&view.intensities[l]);
+        Prefetch(&view.labelIds[l]);
       }
     }
   }

@@ -117,10 +117,15 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
       chosen = i;
   }
   const std::size_t picked = chosen < matchCount ? chosen : first;
-  // The site is read from the picked candidate's marks; the marks at hand are
-  // those of the candidate scored last, so another one is scored once more.
+  // The site is read from the picked candidate's marks, and the records keep
+  // no pair lists; the marks and pairs at hand are those of the candidate
+  // scored last, so another one is scored once more.
   if (picked + 1 != matchCount) ScoreCandidateFast(query, *candidates[picked], nullptr, false);
+  std::swap(current.dpsPairs, scratch.dpsPairs);
+  std::swap(current.psPairs, scratch.psPairs);
   current = matches[picked];
+  std::swap(current.dpsPairs, scratch.dpsPairs);
+  std::swap(current.psPairs, scratch.psPairs);
   if (chosen == matchCount) current.score = -1.0;
   current.candidateCount = static_cast<int32_t>(matchCount);
   ClearMatches();
@@ -134,7 +139,7 @@ void CSpectrumMatcher::StartCandidate(const CSpectrum& library) {
   // The record points at the entry; only the search's in-order writer changes
   // an entry (its motif list, NarrowMotifsToSite).
   current.library = const_cast<CSpectrum*>(&library);
-  current.libraryPeakCount = static_cast<int32_t>(library.topPeakCount);
+  current.libraryPeakCount = static_cast<int32_t>(scratch.view.topPeakCount);
   current.matchedTopPeakCount = 0;
   current.dps = 0.0;
   current.glycoLoc.clear();
@@ -234,7 +239,15 @@ void CSpectrumMatcher::FinishCandidate(const CSpectrum& query, bool keep) {
   // The ion names are built only for the record that Match returns: they take
   // no part in the choice, and naming every candidate would cost more than
   // scoring it.
-  if (keep) AddMatch(current);
+  if (keep) {
+    // The records keep no pair lists (Match scores the chosen candidate again),
+    // which saves copying them for every candidate.
+    std::swap(current.dpsPairs, scratch.dpsPairs);
+    std::swap(current.psPairs, scratch.psPairs);
+    AddMatch(current);
+    std::swap(current.dpsPairs, scratch.dpsPairs);
+    std::swap(current.psPairs, scratch.psPairs);
+  }
 }
 
 void CSpectrumMatcher::NameMatchedIons() {

@@ -47,8 +47,9 @@ class CSpectrumMatcher {
   // described from their own peak lists. Null: always from their own lists.
   void UsePeakTable(const CLibraryPeakTable* table) { peakTable = table; }
 
-  // The scored records of the current query. The records are reused from query
-  // to query so that their strings and lists keep their room.
+  // The scored records of the current query, without their pair lists (the
+  // candidate scored last has them in `current`). The records are reused from
+  // query to query so that their strings keep their room.
   std::span<CSpectralMatch> Matches() { return {scratch.matches.data(), scratch.matchCount}; }
   // Appends a copy of `record` to the scored records.
   void AddMatch(const CSpectralMatch& record);

@@ -78,21 +78,30 @@ void CQueryPeakLookup::CollectPairs(const CEntryPeakView& view, uint32_t highest
                                     double shift, std::vector<uint64_t>& pairs) const {
   double shiftByCharge[CLibraryPeakTable::kHighestIonCharge + 1] = {};
   for (uint32_t z = 1; z <= highestCharge; ++z) shiftByCharge[z] = shift / static_cast<double>(z);
-  for (std::size_t i = 0; i < view.peakCount; ++i) {
-    const double mz = view.mzs[i];
-    // |mz| < 2^30 in a usable view, so the scaled value needs no test.
-    const uint64_t bucket = static_cast<uint64_t>(FloorToInteger(mz * bucketScale) - bucketBase);
-    if (bucket >= bucketCount || !Occupied(bucket)) continue;
-    const auto [first, count] = buckets[bucket];
-    for (uint32_t w = first; w < first + count; ++w) {
-      const Window& window = windows[w];
-      if (window.lower <= mz && mz < window.upper) {
-        pairs.push_back(static_cast<uint64_t>(window.index) << 32 | i);
-        Prefetch(&view.intensities[i]);  // both read next
-        Prefetch(&view.labelIds[i]);
+  // The direct windows of every peak. In a usable view the m/z ascend and
+  // |mz| < 2^30, so the scaled value needs no test; and when the first is not
+  // negative, none is, and truncation is the floor (the plain rule's rounding,
+  // one conversion cheaper).
+  auto direct = [&](auto floorOf) {
+    for (std::size_t i = 0; i < view.peakCount; ++i) {
+      const double mz = view.mzs[i];
+      const uint64_t bucket = static_cast<uint64_t>(floorOf(mz * bucketScale) - bucketBase);
+      if (bucket >= bucketCount || !Occupied(bucket)) continue;
+      const auto [first, count] = buckets[bucket];
+      for (uint32_t w = first; w < first + count; ++w) {
+        const Window& window = windows[w];
+        if (window.lower <= mz && mz < window.upper) {
+          pairs.push_back(static_cast<uint64_t>(window.index) << 32 | i);
+          Prefetch(&view.intensities[i]);  // both read next
+          Prefetch(&view.labelIds[i]);
+        }
       }
     }
-  }
+  };
+  if (view.peakCount > 0 && view.mzs[0] >= 0.0)
+    direct([](double x) { return static_cast<int64_t>(x); });
+  else
+    direct(FloorToInteger);
   for (std::size_t k = 0; k < view.ionCount; ++k) {
     const uint32_t z = view.ions[k].Charge();
     if (z > highestCharge) continue;

@@ -13,13 +13,8 @@ using namespace searchtest;
 
 namespace {
 
-// Scores `query` against `lib` both ways and compares the records and marks.
-void ExpectSameScoring(const CSpectrum& query, const CSpectrum& lib) {
-  CSpectrumMatcher fast, reference;
-  fast.Init(1);
-  reference.Init(1);
-  fast.ScoreCandidate(query, lib);
-  reference.ScoreCandidateByPeakSearch(query, lib);
+// The record, pairs and marks of the candidate scored last by each matcher.
+void ExpectSameRecord(CSpectrumMatcher& fast, CSpectrumMatcher& reference) {
   // The candidate's state after scoring; the kept record has no pair lists.
   const CSpectralMatch& a = fast.current;
   const CSpectralMatch& b = reference.current;
@@ -28,10 +23,31 @@ void ExpectSameScoring(const CSpectrum& query, const CSpectrum& lib) {
   ASSERT_EQ(a.psPairs, b.psPairs);
   ASSERT_EQ(a.dps, b.dps);
   ASSERT_EQ(a.matchedTopPeakCount, b.matchedTopPeakCount);
+  ASSERT_EQ(a.libraryPeakCount, b.libraryPeakCount);
   ASSERT_EQ(a.matchedPeptideIonCount, b.matchedPeptideIonCount);
   ASSERT_EQ(a.matchedYIonCount, b.matchedYIonCount);
   ASSERT_EQ(a.matchedPeptideIonIntensity, b.matchedPeptideIonIntensity);
   ASSERT_TRUE(std::ranges::equal(fast.Marks(), reference.Marks()));
+}
+
+// Scores `query` against `lib` both ways and compares the records and marks;
+// the fast way once from the spectrum's own peaks and once with its peaks
+// moved into a library table, as a loaded library holds them.
+void ExpectSameScoring(const CSpectrum& query, const CSpectrum& lib) {
+  CSpectrumMatcher reference;
+  reference.Init(1);
+  reference.ScoreCandidateByPeakSearch(query, lib);
+  std::vector<CSpectrum> entries{Spectrum(0, 1, {Peak(100, 1, kPeakB, 1, 1)}), lib};
+  CLibraryPeakTable table;
+  for (CSpectrum& entry : entries) table.Add(entry);
+  table.Attach(entries);
+  for (const CSpectrum* scored : {&lib, static_cast<const CSpectrum*>(&entries[1])}) {
+    CSpectrumMatcher fast;
+    fast.Init(1);
+    fast.UsePeakTable(&table);
+    fast.ScoreCandidate(query, *scored);
+    ExpectSameRecord(fast, reference);
+  }
 }
 
 }  // namespace

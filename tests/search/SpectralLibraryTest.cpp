@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
+#include <tuple>
 
 #include "SearchTestUtil.h"
 #include "common/TestUtil.h"
@@ -69,7 +70,7 @@ TEST(SpectralLibrary, LoadTrimsCountsAnnotatedPeaksNormalisesAndIndexesByCharge)
   testutil::WriteFile(
       dir / "lib.quolib",
       Entry("1", 1000, 2, "2500 3 1 0 5 1\n100 4 1 4 0 0\n2500.5 2 1 1 5 1\n300 0 1 2 1 1\n") +
-          Entry("2", 1100, 9, "200 1 1 0 2 1\n") + Entry("3", 900, 3, "2600 1 1 4 0 0\n") +
+          Entry("2", 1100, 9, "200 1 1 0 2 1\n210 1 1 7 5000 9\n") + Entry("3", 900, 3, "2600 1 1 4 0 0\n") +
           Entry("4", 900, 2, "200 1 1 4 0 0\n300 nan 1 0 2 1\n") + Entry("5", 800, 0, ""));
   CSpectralLibrary lib;
   lib.file = {dir / "lib.quolib", 0};
@@ -83,6 +84,12 @@ TEST(SpectralLibrary, LoadTrimsCountsAnnotatedPeaksNormalisesAndIndexesByCharge)
   EXPECT_DOUBLE_EQ(first.peaks[0].intensity, 0.8);
   EXPECT_DOUBLE_EQ(first.peaks[2].intensity, 0.6);
   EXPECT_EQ(first.peaks[2].GetIonName(), "b5+");
+  // Labels come back as read, also those outside the common range.
+  const CSpectrum second = Loaded(lib, 1);
+  ASSERT_EQ(second.peaks.size(), 2u);
+  EXPECT_EQ(second.peaks[0].GetIonName(), "b2+");
+  EXPECT_EQ(std::tuple(second.peaks[1].type, second.peaks[1].position, second.peaks[1].charge),
+            std::tuple(7, 5000u, 9u));
   // A lone peak above 2500 stays; no annotated peak counts 0; a NaN peak goes.
   EXPECT_EQ(Mzs(Loaded(lib, 2)), (std::vector<double>{2600}));
   EXPECT_EQ(lib.spectra[2].topPeakCount, 0u);

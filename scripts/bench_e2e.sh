@@ -118,7 +118,11 @@ awk -v a="$accepted" -v r="$total" -v t="$search" -v m="$matching" 'BEGIN {
 }'
 if [ -f "$OUT/time.txt" ]; then
   rss=$(sed -n 's/.*Maximum resident set size (kbytes): //p' "$OUT/time.txt")
-  printf '  %-34s %s MiB\n' "peak memory (RSS):" "$(awk -v k="$rss" 'BEGIN { printf "%.1f", k / 1024 }')"
+  library=$(stat -c %s "$OUT/bench.quolib")
+  printf '  %-34s %s MiB, %s x the library file (%s MiB)\n' "peak memory (RSS):" \
+    "$(awk -v k="$rss" 'BEGIN { printf "%.1f", k / 1024 }')" \
+    "$(awk -v k="$rss" -v b="$library" 'BEGIN { printf "%.2f", k * 1024 / b }')" \
+    "$(awk -v b="$library" 'BEGIN { printf "%.1f", b / 1048576 }')"
 else
   echo "  peak memory: /usr/bin/time not installed (apt-get install time)"
 fi

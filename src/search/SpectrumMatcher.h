@@ -75,11 +75,11 @@ class CSpectrumMatcher {
   // ps for N top peaks, k0 of them matched, p = libraryPeakCount * share.
   double ProbabilityScore(uint32_t topPeaks, int32_t libraryPeakCount, uint32_t matchedTop,
                           double share);
-  // Asks the processor for the spectrum's fields and look-up record of a
-  // candidate that is scored soon. No effect on results.
+  // Asks the processor for the table record of a candidate that is scored
+  // soon (for a spectrum outside the table, its own fields). No effect on results.
   void PrefetchEarly(const CSpectrum& library) const;
-  // The library look-up's view of a candidate, whose first lines it asks the
-  // processor for; false if the look-up doesn't cover the spectrum.
+  // The library table's view of a candidate, whose first lines it asks the
+  // processor for; false if the table doesn't hold the spectrum.
   bool FindView(const CSpectrum& library, CEntryPeakView& view) const;
   // Resets `current` and the marks for a new candidate, whose peaks are in
   // scratch.view.

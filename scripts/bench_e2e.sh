@@ -31,6 +31,7 @@ while [ $# -gt 0 ]; do
   esac
 done
 
+"$ROOT/scripts/setup.sh" --benchmarks
 if [ ! -f "$BUILD/CMakeCache.txt" ]; then
   echo "== Configuring a Release build in $BUILD"
   if ! cmake -S "$ROOT" -B "$BUILD" -DCMAKE_BUILD_TYPE=Release >/dev/null; then

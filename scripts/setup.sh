@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages needed to build and test QuorinGlyco, only those
-# that are missing. Runs unattended: as root directly, otherwise through sudo.
+# that are missing (with --benchmarks also those of the benchmarks). Runs
+# unattended: as root directly, otherwise through sudo.
 set -euo pipefail
 
 # libcli11-dev: the command line; nlohmann-json3-dev: the report's data;
@@ -9,6 +10,12 @@ set -euo pipefail
 # chromium: the tests open the HTML report in it.
 packages=(cmake make g++ libgtest-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev
           libexpat1-dev zlib1g-dev libpwiz-dev libboost-dev libpwiz-tools chromium)
+# --benchmarks adds what only the measurements need: Boost's libraries for
+# bench_mzml's comparison with ProteoWizard's reader, and GNU time for the peak
+# memory that scripts/bench_e2e.sh reports.
+if [ "${1:-}" = "--benchmarks" ]; then
+  packages+=(libboost-filesystem-dev libboost-iostreams-dev libboost-thread-dev time)
+fi
 
 missing=()
 for package in "${packages[@]}"; do

@@ -8,6 +8,7 @@
 #include "cli/RunSummary.h"
 #include "construction/ConstructionStage.h"
 #include "fdr/FdrStage.h"
+#include "run/FileFingerprint.h"
 #include "run/InputFailures.h"
 #include "run/Process.h"
 #include "run/RunPaths.h"
@@ -50,6 +51,7 @@ int RunCommand(const CRunOptions& options) {
   }
 
   CRunSummary summary;
+  summary.stamp = NewRunStamp();
   summary.construction = param.construction.enabled;
   summary.search = param.search.enabled;
   summary.library = param.construction.output_speclib_filename;
@@ -89,6 +91,14 @@ int RunCommand(const CRunOptions& options) {
   // A pepXML list may have moved the run onto its updated table.
   summary.massTable = param.search.enabled ? param.search.mass_table_filename
                                            : param.construction.mass_table_filename;
+  for (const auto& [role, path] :
+       {std::pair{"library", summary.construction ? summary.library : ""},
+        std::pair{"companion", summary.construction ? summary.companion : ""},
+        std::pair{"result", summary.search ? summary.result : ""}, std::pair{"qvalues", summary.qvalues},
+        std::pair{"features", summary.features}}) {
+    if (!path.empty() && GetPathKind(path) == PathKind::File)
+      summary.fingerprints.emplace_back(role, FileFingerprint(path));
+  }
   if (!summary.summaryFile.empty()) WriteSummaryFile(summary);
   std::cout << FormatSummary(summary);
 

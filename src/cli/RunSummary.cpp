@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "report/RunIdentity.h"
+
 namespace {
 
 std::string Row(const std::string& label, uint64_t value, const std::string& note = "") {
@@ -105,5 +107,10 @@ std::string SummaryJson(const CRunSummary& s) {
                    {"seconds", s.fdrSeconds}};
   }
   json["mass_table"] = s.massTable;
+  if (!s.stamp.empty()) {
+    json["run"]["stamp"] = s.stamp;
+    for (const auto& [role, fingerprint] : s.fingerprints)
+      json["run"][FingerprintKey(role)] = fingerprint;
+  }
   return json.dump() + "\n";
 }

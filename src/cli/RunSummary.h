@@ -1,5 +1,7 @@
 #pragma once
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "construction/ConstructionCounts.h"
 #include "fdr/FdrEstimator.h"
@@ -15,6 +17,10 @@ struct CRunSummary {
   double constructionSeconds = 0.0, searchSeconds = 0.0, fdrSeconds = 0.0;
   std::string library, companion, massTable, result, summaryFile;
   std::string qvalues, features;  // with glycopeptide_fdr = yes
+  // The run's identity: its stamp and the fingerprint of each output, by
+  // role ("library", "result", ...), for readers that must not mix runs.
+  std::string stamp;
+  std::vector<std::pair<std::string, std::string>> fingerprints;
 };
 
 // The summary as the console shows it.

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include "fdr/ResultLineScan.h"
@@ -123,6 +124,14 @@ void CFdrEstimator::LoadFile(const std::string& path, bool cutFormerFdr) {
   ForEachLine(file.get(), [&](const char* text, std::size_t length) {
     if (header) {
       header = false;
+      // Only `fdr` ranks files ranked before. The search writes 27 columns: a
+      // ranked file here was written by another run of the same outputs, and
+      // its FDR column would pass for part of the line.
+      if (!cutFormerFdr && std::string_view(text, length) == kFdrResultHeader) {
+        std::cout << "[Error]: " << path << " already has an FDR column: another run may have "
+                  << "written the same result file. Nothing was ranked." << std::endl;
+        ExitProgram(1);
+      }
       return;
     }
     if (length < kMinimalDataLine) return;

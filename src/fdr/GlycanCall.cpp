@@ -4,6 +4,7 @@
 #include <cmath>
 #include <tuple>
 
+#include "fdr/ResultLineScan.h"
 #include "run/Param.h"
 
 namespace {
@@ -79,10 +80,12 @@ CYIonEvidence FindYIons(const std::vector<CPeak>& peaksByMz, double peptideMH,
                         uint32_t highestCharge, double offset, CProductTolerance tolerance) {
   CYIonEvidence evidence;
   const std::vector<double>& core = CNGlycanFrag::GetInstance().coreMasses;
+  // A damaged charge must not make this loop run for minutes.
+  const uint32_t top = std::clamp<uint32_t>(highestCharge, 1, kHighestResultCharge);
   std::vector<std::size_t> taken;
   for (double coreMass : core) {
     bool found = false;
-    for (uint32_t z = 1; z <= std::max<uint32_t>(1, highestCharge); ++z) {
+    for (uint32_t z = 1; z <= top; ++z) {
       const double mz = (peptideMH + coreMass + offset + (z - 1) * kProton) / z;
       const double productTolerance = ToleranceInDa(tolerance.value, tolerance.unit, mz);
       auto it = std::lower_bound(peaksByMz.begin(), peaksByMz.end(), mz - productTolerance,

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <unordered_map>
 
+#include "fdr/ResultLineScan.h"
+#include "run/QuietOutput.h"
 #include "search/QueryBatch.h"
 #include "spectrum/SpecIO.h"
 
@@ -23,6 +25,13 @@ std::vector<std::string> SplitTabs(const std::string& line) {
 
 double Number(const std::vector<std::string>& f, std::size_t i) {
   return i < f.size() ? std::atof(f[i].c_str()) : 0.0;
+}
+
+// The charge column; a damaged line's "1e30" or "2000000000" reads as 0
+// (unknown), like a charge the scanner of the FDR stage would not take.
+uint32_t Charge(const std::vector<std::string>& f) {
+  const double value = Number(f, 4);
+  return value >= 0.0 && value <= kHighestResultCharge ? static_cast<uint32_t>(value) : 0;
 }
 
 // Counts the b and y ions of at least 3 residues in an ion list "b3+;y11++;Y2+;".
@@ -57,7 +66,7 @@ std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& re
     hit.query = text(0);
     hit.queryMH = Number(f, 2);
     hit.peptideMH = Number(f, 3);
-    hit.charge = static_cast<uint32_t>(std::max(0.0, Number(f, 4)));
+    hit.charge = Charge(f);
     hit.sequence = text(5);
     hit.modification = text(6);
     hit.searchGlycan = text(9);
@@ -101,6 +110,8 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
   const bool highResolution =
       IsHighResolution(settings.query_product_ion_tolerance, settings.query_product_ion_unit);
   std::vector<CSpectrum> spectra;
+  // The search has read these files and reported what was wrong with them.
+  CQuietOutput quiet;
   for (const CDatasetFile& dataset : settings.query_datasets) {
     CSpecIO* reader = CreateSpecIO(dataset.format);
     if (reader == nullptr) continue;

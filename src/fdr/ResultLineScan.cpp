@@ -108,17 +108,22 @@ bool ScanPlainLine(const char* text, std::size_t length, CResultLineFields& fiel
          ReadReal(words[kScoreField].begin, words[kScoreField].end, fields.score);
 }
 
+CResultLineFields& BoundCharge(CResultLineFields& fields) {
+  if (fields.charge < 0 || fields.charge > kHighestResultCharge) fields.charge = 0;
+  return fields;
+}
+
 }  // namespace
 
 CResultLineFields ScanResultLineWithFormat(const std::string& line) {
   CResultLineFields fields;
   std::sscanf(line.c_str(), kResultLineFormat, &fields.charge, &fields.massShift, &fields.score,
               &fields.hitKind);
-  return fields;
+  return BoundCharge(fields);
 }
 
 CResultLineFields ScanResultLine(const std::string& line) {
   CResultLineFields fields;
-  if (ScanPlainLine(line.c_str(), std::strlen(line.c_str()), fields)) return fields;
+  if (ScanPlainLine(line.c_str(), std::strlen(line.c_str()), fields)) return BoundCharge(fields);
   return ScanResultLineWithFormat(line);
 }

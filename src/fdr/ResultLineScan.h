@@ -2,6 +2,10 @@
 #include <cstdint>
 #include <string>
 
+// No query spectrum carries more charges than this; a result line that says so
+// is damaged, and its charge reads as 0 (unknown).
+inline constexpr int32_t kHighestResultCharge = 100;
+
 // The fields of a result line that the FDR stage uses.
 struct CResultLineFields {
   int32_t charge = 0;       // column 5
@@ -15,7 +19,8 @@ struct CResultLineFields {
 //    %*d\t%*lf\t%*lf\t%*lf\t%lf\t%c\t%*s\t%*s\t%*s\t%*s\t%*s\t%*d"
 // Fields are words separated by white space, so an empty field moves the later
 // ones; a conversion that fails leaves its field and all behind it at their
-// defaults. The text ends at the first NUL character, as a C string would.
+// defaults. The text ends at the first NUL character, as a C string would. A
+// charge outside 0..kHighestResultCharge reads as 0.
 CResultLineFields ScanResultLine(const std::string& line);
 
 // The same through std::sscanf. ScanResultLine gives identical results faster and

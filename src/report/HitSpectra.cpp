@@ -3,25 +3,13 @@
 #include <iostream>
 #include <sstream>
 
+#include "run/QuietOutput.h"
 #include "spectrum/DatasetIOPool.h"
 
-namespace {
+
 // The readers warn on standard output of every name they can't find; here a
 // miss is an expected outcome (a name is tried in several datasets) that the
 // report itself counts and reports, so their text is held back.
-class CQuietOutput {
- public:
-  CQuietOutput() : saved(std::cout.rdbuf(sink.rdbuf())) {}
-  ~CQuietOutput() { std::cout.rdbuf(saved); }
-  CQuietOutput(const CQuietOutput&) = delete;
-  CQuietOutput& operator=(const CQuietOutput&) = delete;
-
- private:
-  std::ostringstream sink;
-  std::streambuf* saved;
-};
-}  // namespace
-
 void CHitSpectra::Open(const std::string& libraryPath, const std::vector<CDatasetFile>& files) {
   CQuietOutput quiet;
   library.reset(CreateSpecIO(0));

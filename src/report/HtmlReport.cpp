@@ -17,6 +17,7 @@
 #include "report/RankedResults.h"
 #include "report/ReportPage.h"
 #include "report/RunFigures.h"
+#include "report/RunIdentity.h"
 #include "report/RunSummary.h"
 #include "run/Process.h"
 
@@ -25,7 +26,7 @@ using Json = nlohmann::json;
 constexpr std::size_t kHistogramBins = 40;
 
 int Fail(const std::string& message) {
-  std::cerr << "Report error: " << message << std::endl;
+  std::cout << "Report error: " << message << std::endl;
   return 1;
 }
 
@@ -136,6 +137,15 @@ int WriteHtmlReport(const CReportRequest& request) {
   if (request.search == nullptr) return Fail("no search settings were given");
   if (request.outPath.empty()) return Fail("no output file was given");
   if (request.topN < 0) return Fail("--top must be 0 or more");
+  // Only regular files are read: a folder can't be, a device or FIFO never ends.
+  for (const std::string& path : {request.resultPath, request.summaryPath, request.qvaluesPath,
+                                  request.libraryPath}) {
+    if (!path.empty() && GetPathKind(path) != PathKind::Missing && GetPathKind(path) != PathKind::File)
+      return Fail(path + " is not a regular file (a folder, device or FIFO); it is not read");
+  }
+  for (const CDatasetFile& dataset : request.queryDatasets)
+    if (GetPathKind(dataset.pathname) == PathKind::Other)
+      return Fail(dataset.pathname + " is not a regular file or folder (a device or FIFO); it is not read");
   CRankedResults results;
   std::string error;
   if (!results.Read(request.resultPath, static_cast<std::size_t>(request.topN), error)) return Fail(error);
@@ -147,6 +157,9 @@ int WriteHtmlReport(const CReportRequest& request) {
   std::string note;
   const Json summary = ReadRunSummary(request.summaryPath, note);
   if (!note.empty()) notes.push_back(note);
+  const std::string mixed = MixedRunProblem(
+      summary, request.summaryPath, {{"result", request.resultPath}, {"qvalues", request.qvaluesPath}});
+  if (!mixed.empty()) return Fail(mixed);
   const CQValues qvalues = ReadQValues(request.qvaluesPath, note);
   if (!note.empty()) notes.push_back(note);
 
@@ -171,7 +184,7 @@ int WriteHtmlReport(const CReportRequest& request) {
                                      : std::string("all at FDR &le; 1 %")) + ".</p>\n";
   for (const std::string& text : notes) {
     page.notesHtml += "<p class=\"note\">" + EscapeHtml(text) + "</p>\n";
-    std::cerr << "Report warning: " << text << std::endl;
+    std::cout << "Report warning: " << text << std::endl;
   }
   page.countsHtml = "<table class=\"facts\"><caption>from the files</caption>\n" +
                     CountRow("library entries", spectra.LibraryEntryCount()) +

@@ -1,5 +1,7 @@
 #include "report/RunSummary.h"
 
+#include "report/RunIdentity.h"
+
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -103,15 +105,8 @@ std::string EscapeHtml(const std::string& text) {
 }
 
 Json ReadRunSummary(const std::string& path, std::string& note) {
-  note.clear();
-  if (path.empty() || GetPathKind(path) == PathKind::Missing) return nullptr;
-  std::ifstream in(path, std::ios::binary);
-  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  Json summary = Json::parse(text, nullptr, false);
-  if (summary.is_discarded() || !summary.is_object()) {
-    note = "the run summary " + path + " is not readable JSON and was left out";
-    return nullptr;
-  }
+  Json summary = ReadSummaryFile(path, note);
+  if (!note.empty()) note += " and was left out";
   return summary;
 }
 

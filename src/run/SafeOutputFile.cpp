@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <utility>
 
 #include "run/Process.h"
 
@@ -108,6 +109,13 @@ void CSafeOutputFile::Discard() {
   temporary.clear();
   ReleaseSlot(slot);
   slot = -1;
+}
+
+CScratchName::CScratchName(std::string name) : path(std::move(name)), slot(TakeSlot(path)) {}
+
+CScratchName::~CScratchName() {
+  std::remove(path.c_str());
+  ReleaseSlot(slot);
 }
 
 void RemovePendingTemporaries() {

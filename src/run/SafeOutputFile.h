@@ -34,6 +34,22 @@ class CSafeOutputFile {
   int slot = -1;  // place in the list of temporaries to remove on an early end
 };
 
+// A second name that a run gives a file for its own use, such as the result's
+// ".tmp" during the FDR stage. It is removed with the object, and by
+// ExitProgram or a signal if the run ends first, so it never outlives the run.
+class CScratchName {
+ public:
+  explicit CScratchName(std::string path);
+  CScratchName(const CScratchName&) = delete;
+  CScratchName& operator=(const CScratchName&) = delete;
+  ~CScratchName();
+  const std::string& Path() const { return path; }
+
+ private:
+  std::string path;
+  int slot = -1;
+};
+
 // Removes every temporary file not yet committed or discarded. Safe to call
 // from a signal handler.
 void RemovePendingTemporaries();

@@ -1,6 +1,7 @@
 // The HTML report of a small generated run: what it holds, how it fails, and
 // what a browser makes of it (headless Chromium, where installed).
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -14,6 +15,7 @@
 
 #include "common/TestUtil.h"
 #include "report/HtmlReport.h"
+#include "run/FileFingerprint.h"
 #include "run/Param.h"
 
 namespace {
@@ -145,21 +147,41 @@ TEST_F(HtmlReportTest, RefusesWhatItCannotReportAndLeavesNoPartialFile) {
     text += '\n';
   }
   testutil::WriteFile(unranked, text);
+  // Files that are no regular files, and files of two different runs.
+  const std::string fifo = *dir_ / "fifo.txt", folder = *dir_ / "folder.json",
+                    zero = *dir_ / "zero.json", mixed = *dir_ / "mixed.json";
+  ::mkfifo(fifo.c_str(), 0644);
+  std::filesystem::create_directory(folder);
+  std::filesystem::create_symlink("/dev/zero", zero);
+  const std::string result = CParam::GetInstance().search.output_result_filename;
+  testutil::WriteFile(mixed, R"({"run":{"stamp":"r1","result_fingerprint":")" +
+                                 FileFingerprint(result) + R"(","qvalues_fingerprint":"1:0"}})");
+  const std::string other = *dir_ / "other.txt";
+  const std::string ranked = testutil::ReadFile(result);
+  testutil::WriteFile(other, ranked.substr(0, ranked.rfind('\n', ranked.size() - 2) + 1));
   struct Case {
-    std::string name, result, out, message;
+    std::string name, result, summary, out, message;
   };
   const std::vector<Case> cases = {
-      {"missing result", *dir_ / "none.txt", *dir_ / "r1.html", "cannot read the result file"},
-      {"not ranked", unranked, *dir_ / "r2.html", "no FDR column"},
-      {"unwritable", "", *dir_ / "no/such/folder/r3.html", "cannot write the report"},
+      {"missing result", *dir_ / "none.txt", "", *dir_ / "r1.html", "cannot read the result file"},
+      {"not ranked", unranked, "", *dir_ / "r2.html", "no FDR column"},
+      {"unwritable", "", "", *dir_ / "no/such/folder/r3.html", "cannot write the report"},
+      {"result is a FIFO", fifo, "", *dir_ / "r4.html", fifo + " is not a regular file"},
+      {"summary is a folder", "", folder, *dir_ / "r5.html", folder + " is not a regular file"},
+      {"summary is /dev/zero", "", zero, *dir_ / "r6.html", zero + " is not a regular file"},
+      {"q-values of another run", "", mixed, *dir_ / "r7.html",
+       "demo_result_qvalues.txt is not the qvalues file that the run r1 of " + mixed},
+      {"result of another run", other, mixed, *dir_ / "r8.html",
+       other + " is not the result file that the run r1"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     CReportRequest request = Request(c.out);
     if (!c.result.empty()) request.resultPath = c.result;
-    testing::internal::CaptureStderr();
+    if (!c.summary.empty()) request.summaryPath = c.summary;
+    testing::internal::CaptureStdout();
     EXPECT_NE(WriteHtmlReport(request), 0);
-    EXPECT_NE(testing::internal::GetCapturedStderr().find(c.message), std::string::npos);
+    EXPECT_NE(testing::internal::GetCapturedStdout().find(c.message), std::string::npos);
     EXPECT_FALSE(std::filesystem::exists(c.out));
   }
   for (const auto& entry : std::filesystem::directory_iterator(dir_->path()))

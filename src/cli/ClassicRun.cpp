@@ -5,6 +5,7 @@
 
 #include "construction/ConstructionStage.h"
 #include "fdr/FdrStage.h"
+#include "run/OutputLock.h"
 #include "run/Param.h"
 #include "run/Process.h"
 #include "run/RunPaths.h"
@@ -33,9 +34,14 @@ int RunClassic() {
   CParam& param = CParam::GetInstance();
   param.configure_filename = configName;
   param.Load();
-  CheckRunPaths(CollectRunPaths(param));
+  const CRunPaths paths = CollectRunPaths(param);
+  CheckRunPaths(paths);
+  COutputLock lock;
+  LockRunOutputs(paths, lock);
 
-  RunConstruction(param.construction);
+  // An empty library that left the earlier one in place ends the run: the
+  // earlier library is not what this configuration builds.
+  if (RunConstruction(param.construction).keptEarlierLibrary) ExitProgram(1);
   RunSearch(param.search);
   RunFdr(param.search);
 

@@ -1,7 +1,9 @@
 #include "cli/CommandLine.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
 #include <iostream>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -23,8 +25,23 @@ const char* const kDescription =
 const char* const kExitStatuses =
     "Exit status: 0 success; 1 run refused or stopped (configuration fault, missing input,\n"
     "output over an input, fatal data fault); 2 wrong command line; 3 run finished but\n"
-    "incomplete (an input failed while it ran, or the library is empty); 255 configuration or\n"
-    "mass table file can't be read or written.";
+    "incomplete (an input failed while it ran, or the library is empty); 255 configuration\n"
+    "file can't be read; 128 + N stopped by signal N (130 Ctrl-C, 143 kill).";
+
+// A whole number from 0 on; the message says what was expected (CLI11's own
+// check for this prints the whole range of a double).
+CLI::Validator WholeNumber(const std::string& meaning) {
+  return CLI::Validator(
+      [meaning](std::string& text) -> std::string {
+        unsigned long long value = 0;
+        const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+        if (!text.empty() && error == std::errc() && end == text.data() + text.size() &&
+            value <= std::numeric_limits<unsigned>::max() / 2)
+          return std::string();
+        return "expected a whole number from 0 (" + meaning + "); found \"" + text + "\"";
+      },
+      "NUMBER");
+}
 
 }  // namespace
 
@@ -44,7 +61,7 @@ int RunCommandLine(int argc, char** argv) {
   runCommand
       ->add_option("--threads", run.threads,
                    "threads of the search; default 0: all hardware threads")
-      ->check(CLI::NonNegativeNumber);
+      ->check(WholeNumber("0: all hardware threads"));
   runCommand->add_option("--mass-table", run.massTable,
                          "mass table; default MassTable.ini beside CONFIG if there, else the "
                          "installed one (never written)");
@@ -71,7 +88,7 @@ int RunCommandLine(int argc, char** argv) {
                             "_report.html in place of its extension");
   reportCommand
       ->add_option("--top", reportTop, "show the best N hits; default 0: every hit at FDR <= 1 %")
-      ->check(CLI::NonNegativeNumber);
+      ->check(WholeNumber("0: every hit at FDR <= 1 %"));
   reportCommand->add_option("--mass-table", report.massTable, "mass table, as for run");
 
   CLI::App* templateCommand = app.add_subcommand(

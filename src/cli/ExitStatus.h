@@ -14,7 +14,10 @@ constexpr int kUsage = 2;
 // or spectrum file that could not be read, a list skipped as faulty), or the
 // library is empty.
 constexpr int kIncomplete = 3;
-// The configuration file or the mass table can't be read or written (the
-// status the classic interface gives as -1).
+// The configuration file can't be read (the status the classic interface gives
+// as -1, which it also gives for a mass table it can't read or write).
 constexpr int kConfigurationFile = 255;
+// A run stopped by a signal ends as that signal would end it, after removing
+// its temporary files: the shell sees 128 + the signal's number (130 for
+// SIGINT, 143 for SIGTERM).
 }  // namespace exit_status

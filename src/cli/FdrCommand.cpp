@@ -1,10 +1,13 @@
 #include "cli/FdrCommand.h"
 
+#include <algorithm>
 #include <fstream>
 #include <iostream>
 
 #include "cli/ExitStatus.h"
+#include "cli/RunSetup.h"
 #include "fdr/FdrEstimator.h"
+#include "report/RunIdentity.h"
 #include "run/Process.h"
 #include "run/RunPaths.h"
 #include "run/SafeOutputFile.h"
@@ -13,14 +16,33 @@
 
 namespace {
 
-// Why a file is no result file of the search or the FDR stage; empty if it is one.
+constexpr std::size_t kLongestLine = 1 << 24;
+
+std::size_t Columns(const std::string& line) {
+  return static_cast<std::size_t>(std::count(line.begin(), line.end(), '\t')) + 1;
+}
+
+// Why a file is no result file of the search or the FDR stage; empty if it is
+// one. Every data line must have the columns its header names (27, or 28 with
+// FDR): a longer line would keep its extra columns before the new FDR.
 std::string NotAResultFile(const std::string& path) {
   if (GetPathKind(path) != PathKind::File) return "it is not an existing regular file";
   std::ifstream in(path, std::ios::binary);
-  std::string header;
-  if (!in || !ReadLine(in, header, nullptr, 1 << 16)) return "it can't be read";
-  if (header == kSearchResultHeader || header == kFdrResultHeader) return "";
-  return "its first line is not the header of a result file (27 or 28 columns from QuerySpecName)";
+  std::string line;
+  if (!in || !ReadLine(in, line, nullptr, 1 << 16)) return "it can't be read";
+  if (line != kSearchResultHeader && line != kFdrResultHeader)
+    return "its first line is not the header of a result file (27 or 28 columns from "
+           "QuerySpecName)";
+  const std::size_t columns = Columns(line);
+  for (std::size_t number = 2; ReadLine(in, line, nullptr, kLongestLine); ++number) {
+    if (line.empty() || Columns(line) == columns) continue;
+    return "line " + std::to_string(number) + " has " + std::to_string(Columns(line)) +
+           " columns under a header of " + std::to_string(columns);
+  }
+  // The run that wrote it recorded its fingerprint in the summary beside it.
+  const std::string summaryPath = BesideWithSuffix(path, "_summary.json");
+  std::string unreadable;  // a summary that can't be read vouches for nothing
+  return MixedRunProblem(ReadSummaryFile(summaryPath, unreadable), summaryPath, {{"result", path}});
 }
 
 }  // namespace
@@ -28,7 +50,14 @@ std::string NotAResultFile(const std::string& path) {
 int FdrCommand(const std::string& out, const std::vector<std::string>& results) {
   RemoveTemporariesOnSignals();
   bool ok = true;
-  for (const std::string& path : results) {
+  for (std::size_t i = 0; i < results.size(); ++i) {
+    const std::string& path = results[i];
+    for (std::size_t j = 0; j < i; ++j) {
+      if (!SameFile(path, results[j])) continue;
+      std::cout << "[Error]: " << path << " and " << results[j]
+                << " are the same file: its lines would be counted twice." << std::endl;
+      ok = false;
+    }
     const std::string why = NotAResultFile(path);
     if (!why.empty()) {
       std::cout << "[Error]: " << path << " can't be ranked: " << why << "." << std::endl;

@@ -10,6 +10,7 @@
 #include "fdr/FdrStage.h"
 #include "run/FileFingerprint.h"
 #include "run/InputFailures.h"
+#include "run/OutputLock.h"
 #include "run/Process.h"
 #include "run/RunPaths.h"
 #include "run/SafeOutputFile.h"
@@ -39,7 +40,7 @@ void WriteSummaryFile(const CRunSummary& summary) {
 int RunCommand(const CRunOptions& options) {
   RemoveTemporariesOnSignals();
   CParam& param = CParam::GetInstance();
-  if (!PrepareRun(options, param)) return exit_status::kRefused;
+  if (!PrepareRun(options, param)) return exit_status::kConfigurationFile;
 
   const std::vector<std::string> problems = UnreadableInputs(param);
   if (!problems.empty()) {
@@ -67,6 +68,7 @@ int RunCommand(const CRunOptions& options) {
     summary.summaryFile = BesideWithSuffix(summary.library, "_summary.json");
 
   CRunPaths paths = CollectRunPaths(param);
+  paths.nameSettings = true;
   if (summary.construction) {
     CNamedPath table;
     table.path = param.construction.mass_table_update_filename;
@@ -80,13 +82,18 @@ int RunCommand(const CRunOptions& options) {
     paths.outputs.push_back(file);
   }
   CheckRunPaths(paths);
+  COutputLock lock;
+  LockRunOutputs(paths, lock);
 
   {
     auto bar = CProgressBar::StartIfTerminal();
     summary.constructionSeconds =
         Timed([&] { summary.built = RunConstruction(param.construction); });
-    summary.searchSeconds = Timed([&] { summary.searched = RunSearch(param.search); });
-    summary.fdrSeconds = Timed([&] { summary.ranked = RunFdr(param.search); });
+    // Kept for an empty one, the earlier library is not what this run built.
+    if (!summary.built.keptEarlierLibrary) {
+      summary.searchSeconds = Timed([&] { summary.searched = RunSearch(param.search); });
+      summary.fdrSeconds = Timed([&] { summary.ranked = RunFdr(param.search); });
+    }
   }
   // A pepXML list may have moved the run onto its updated table.
   summary.massTable = param.search.enabled ? param.search.mass_table_filename
@@ -99,7 +106,9 @@ int RunCommand(const CRunOptions& options) {
     if (!path.empty() && GetPathKind(path) == PathKind::File)
       summary.fingerprints.emplace_back(role, FileFingerprint(path));
   }
-  if (!summary.summaryFile.empty()) WriteSummaryFile(summary);
+  // The summary of a run that kept every earlier output would vouch for them.
+  if (!summary.summaryFile.empty() && !summary.built.keptEarlierLibrary)
+    WriteSummaryFile(summary);
   std::cout << FormatSummary(summary);
 
   const uint64_t failures = InputFailureCount();

@@ -9,4 +9,7 @@ struct CConstructionCounts {
   uint64_t spectraNotFound = 0;    // kept records whose spectrum could not be read
   uint64_t peptides = 0;           // library peptides (one site each)
   uint64_t entriesWritten = 0;     // library entries, targets and decoys
+  // No entry was built, and the earlier library and companion file were kept
+  // rather than replaced by empty ones; nothing of this run may be searched.
+  bool keptEarlierLibrary = false;
 };

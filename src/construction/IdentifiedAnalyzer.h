@@ -33,6 +33,8 @@ class CIdentifiedAnalyzer {
   // ends the run with status 1.
   void WriteComposition(std::size_t n);
   void CommitComposition();
+  // Drops the companion file written; an earlier one stays as it was.
+  void DiscardComposition() { companion.Discard(); }
   // Reads, cleans and merges the peptide's spectra into spectra[0]; false if
   // none could be read.
   bool BuildConsensus(const CIdentifiedPeptide& peptide);

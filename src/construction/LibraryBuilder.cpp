@@ -1,6 +1,7 @@
 // The construction stage driver: the order of the steps and the per-peptide loop.
 #include "construction/LibraryBuilder.h"
 
+#include <filesystem>
 #include <iostream>
 #include <string>
 
@@ -23,6 +24,12 @@ void CopyPeptideFields(const CIdentifiedPeptide& peptide, CSpectrum& target) {
   target.lastAA = peptide.lastAA;
   target.startPosition = peptide.startPosition;
   target.motifs = peptide.motifs;
+}
+
+// Whether a regular file of some content is at the path.
+bool HoldsData(const std::string& path) {
+  std::error_code error;
+  return GetPathKind(path) == PathKind::File && std::filesystem::file_size(path, error) > 0 && !error;
 }
 
 }  // namespace
@@ -71,6 +78,18 @@ void CLibraryBuilder::Construct() {
   counts.spectraNotFound = analyzer.spectraNotFound;
   analyzer.spectra.clear();
   analyzer.ClosePool();
+  if (counts.entriesWritten == 0 && HoldsData(param.output_speclib_filename)) {
+    // An empty library (a misspelled modification_remove keeps nothing) must
+    // not replace a complete earlier one.
+    library.DiscardWrite();
+    analyzer.DiscardComposition();
+    counts.keptEarlierLibrary = true;
+    std::cout << "[Warning]: No library entry was built; the earlier library "
+              << param.output_speclib_filename
+              << " and its companion file are kept as they were, and nothing is searched."
+              << std::endl;
+    return;
+  }
   library.CloseWrite();
   if (!library.WriteSucceeded()) ExitProgram(1);
   analyzer.CommitComposition();

@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 
@@ -49,14 +51,23 @@ bool InsideDtaFolder(const std::string& output, const std::string& folder) {
   return SameFile(parent.string(), folder);
 }
 
-// Whether a new file can be put in place of `path`: nothing or a regular file
-// there, in an existing folder that we may write to.
-bool CanWrite(const std::string& path) {
+// Why a new file can't be put in place of `path`, in the system's words; empty
+// when it can: nothing or a regular file there, in an existing folder that we
+// may write to.
+std::string WhyNotWritable(const std::string& path) {
+  if (path.empty()) return "no file name was given";
   const PathKind kind = GetPathKind(path);
-  if (path.empty() || (kind != PathKind::Missing && kind != PathKind::File)) return false;
+  if (kind == PathKind::Directory) return path + " is a folder: " + std::strerror(EISDIR);
+  if (kind == PathKind::Other) return path + " is a device, FIFO or socket, not a regular file";
   const std::size_t cut = LastSeparator(path);
   const std::string folder = cut == std::string::npos ? "." : path.substr(0, cut + 1);
-  return GetPathKind(folder) == PathKind::Directory && ::access(folder.c_str(), W_OK | X_OK) == 0;
+  struct stat info;
+  if (::stat(folder.c_str(), &info) != 0)
+    return "the folder " + folder + " can't be used: " + std::strerror(errno);
+  if (!S_ISDIR(info.st_mode)) return folder + " is not a folder: " + std::strerror(ENOTDIR);
+  if (::access(folder.c_str(), W_OK | X_OK) != 0)
+    return "the folder " + folder + " can't be written: " + std::strerror(errno);
+  return std::string();
 }
 
 [[noreturn]] void Refuse(const std::string& message) {
@@ -111,6 +122,7 @@ CRunPaths CollectRunPaths(const CParam& param) {
     paths.outputs.push_back(
         Named(c.output_speclib_filename, Key("output_speclib_filename", "construction"),
               "\nCDtasIO error: failed to open Dtas file " + c.output_speclib_filename));
+    paths.outputs.back().locked = true;
     paths.outputs.push_back(
         Named(companion, "the companion file of " + Key("output_speclib_filename", "construction"),
               CompanionWriteError(companion)));
@@ -125,6 +137,7 @@ CRunPaths CollectRunPaths(const CParam& param) {
     paths.outputs.push_back(
         Named(s.output_result_filename, Key("output_result_filename", "search"),
               "Output search result error: failed to open file " + s.output_result_filename));
+    paths.outputs.back().locked = true;
     paths.outputs.push_back(
         Named(s.output_result_filename + ".tmp",
               "the temporary file of " + Key("output_result_filename", "search")));
@@ -159,8 +172,11 @@ void CheckRunPaths(const CRunPaths& paths) {
                input.what + " (" + input.path + "). Nothing was written.");
       }
     }
-    if (!output.cantWrite.empty() && !CanWrite(output.path)) {
-      std::cout << output.cantWrite << std::endl;
+    const std::string why = output.cantWrite.empty() ? "" : WhyNotWritable(output.path);
+    if (!why.empty()) {
+      std::cout << output.cantWrite << "\n\t" << why;
+      if (paths.nameSettings) std::cout << " (named by " << output.what << ")";
+      std::cout << std::endl;
       ExitProgram(1);
     }
     for (std::size_t j = 0; j < i; ++j) {

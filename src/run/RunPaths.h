@@ -11,12 +11,14 @@ struct CNamedPath {
   std::string what;               // e.g. "query_dataset_pathname_1" in section "search"
   bool dtaDataset = false;        // a folder of .dta files is read whole
   std::string cantWrite;          // for an output: the message when it can't be written
+  bool locked = false;            // an output that a run locks while it runs
 };
 
 // Every file a run of the loaded settings reads and writes.
 struct CRunPaths {
   std::vector<CNamedPath> inputs;
   std::vector<CNamedPath> outputs;
+  bool nameSettings = false;  // an unwritable output also names its setting
 };
 
 CRunPaths CollectRunPaths(const CParam& param);
@@ -41,5 +43,6 @@ bool SameFile(const std::string& a, const std::string& b);
 // own inputs or write two outputs to one file, an output that can't be
 // written (no such folder, a folder without write access, a directory in its
 // place), and inputs that are devices, FIFOs or sockets. Prints what is
-// wrong, naming the settings, and ends the program with status 1.
+// wrong, naming the settings, and ends the program with status 1. An output
+// that can't be written gets its usual message, then the system's reason.
 void CheckRunPaths(const CRunPaths& paths);

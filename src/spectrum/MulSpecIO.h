@@ -26,6 +26,8 @@ class CMulSpecIO : public CSpecIO {
   // Moves the written file into place; a file that could not be written
   // completely leaves an earlier file of that name as it was.
   void CloseWrite() override;
+  // Drops what was written; an earlier file of the name stays as it was.
+  void DiscardWrite() { outputFile.Discard(); }
   // Whether OpenWrite succeeded and, after CloseWrite, every write did.
   bool WriteSucceeded() const { return writeOk; }
 

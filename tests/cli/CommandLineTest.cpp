@@ -61,26 +61,43 @@ class CommandLine : public ::testing::Test {
 };
 testutil::TempDir* CommandLine::demo_ = nullptr;
 
-TEST_F(CommandLine, HelpVersionAndWrongCommandLines) {
+// The table of exit statuses in the README, status by status (3 is the empty
+// library's, tested below).
+TEST_F(CommandLine, EveryExitStatusOfTheTable) {
+  const std::string conf = *demo_ / "demo.conf";
+  // A run stopped by Ctrl-C while it waits for its configuration's name (a
+  // program that ignored it is killed, and ends the test with status 137).
+  const std::string interrupt =
+      "rm -f in.fifo; mkfifo in.fifo; \"$0\" < in.fifo & exec 3> in.fifo; sleep 0.5; "
+      "kill -INT $!; sleep 0.2; kill -KILL $! 2>/dev/null; wait $!; s=$?; rm -f in.fifo; exit $s";
   const struct {
-    std::vector<std::string> args;
+    std::vector<std::string> args;  // "sh" first: a shell runs the program
     int exitCode;
     std::string says;
   } cases[] = {
       {{"--version"}, 0, "QuorinGlyco 1.0\n"},
-      {{"--help"}, 0, "fdr"},
+      {{"--help"}, 0, "130 Ctrl-C"},
       {{"run", "--help"}, 0, "--threads"},
+      {{"fdr", "--out", *demo_ / "x.txt", conf}, 1, "its first line is not the header"},
       {{"frobnicate"}, 2, "frobnicate"},
       {{"run"}, 2, "CONFIG is required"},
-      {{"run", "a.conf", "--threads", "-1"}, 2, "--threads"},
+      {{"run", conf, "--threads", "-1"}, 2, "--threads: expected a whole number from 0"},
+      {{"run", conf, "--threads", "two"}, 2, "found \"two\"\nRun with --help"},
+      {{"report", conf, "--top", "1e400"}, 2, "--top: expected a whole number from 0"},
       {{"fdr", "r.txt"}, 2, "--out is required"},
+      {{"run", "missing.conf"}, 255, "missing.conf can't be read"},
+      {{"report", "missing.conf"}, 255, "missing.conf can't be read"},
+      {{"sh", "-c", interrupt, kProgram}, 130, ""},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.args[0] + " " + (c.args.size() > 1 ? c.args[1] : ""));
+    const bool shell = c.args[0] == "sh";
     // Standard input holds a configuration name that the classic interface
     // would run: with arguments it is never read.
-    const auto result =
-        RunProgram(kProgram, *demo_ / "demo.conf\n", elsewhere_.path().string(), c.args);
+    const auto result = RunProgram(shell ? "/bin/sh" : kProgram, conf + "\n",
+                                   elsewhere_.path().string(),
+                                   shell ? std::vector<std::string>(c.args.begin() + 1, c.args.end())
+                                         : c.args);
     EXPECT_EQ(result.exitCode, c.exitCode) << result.output;
     EXPECT_TRUE(Has(result.output, c.says)) << result.output;
     EXPECT_FALSE(Has(result.output, ">> Constructing:"));
@@ -233,12 +250,23 @@ TEST_F(CommandLine, FdrOverShardsRanksAsOneRun) {
   ASSERT_EQ(merged.exitCode, 0) << merged.output;
   EXPECT_TRUE(ReadFile(dir / "merged.txt") == ReadFile(dir / "one.txt"));
   EXPECT_TRUE(Has(merged.output, "Target lines at FDR <= 1 %: ")) << merged.output;
-  // Not a result file, and an output over an input, are refused.
-  const auto refused = RunProgram(kProgram, "", elsewhere_.path().string(),
-                                  {"fdr", "--out", dir / "a.txt", dir / "a.txt", dir / "run.conf"});
+  // Refused: not a result file, an output over an input, one file twice, lines
+  // wider than their header, a result that its run's summary does not know.
+  std::string wide = ReadFile(dir / "one.txt");
+  wide.insert(wide.find('\n', wide.find('\n') + 1), std::string(12, '\t'));
+  WriteFile(dir / "wide.txt", wide);
+  const std::string b = ReadFile(dir / "b.txt");
+  WriteFile(dir / "b.txt", b.substr(0, b.rfind('\n', b.size() - 2) + 1));
+  const auto refused = RunProgram(
+      kProgram, "", elsewhere_.path().string(),
+      {"fdr", "--out", dir / "a.txt", dir / "a.txt", dir / "run.conf", dir / "wide.txt",
+       dir / "./a.txt", dir / "b.txt"});
   EXPECT_EQ(refused.exitCode, 1);
   EXPECT_TRUE(Has(refused.output, "run.conf can't be ranked: its first line is not the header"));
   EXPECT_TRUE(Has(refused.output, "is one of the result files to rank"));
+  EXPECT_TRUE(Has(refused.output, "wide.txt can't be ranked: line 2 has 40 columns under a header of 28"));
+  EXPECT_TRUE(Has(refused.output, "./a.txt and " + (dir / "a.txt") + " are the same file"));
+  EXPECT_TRUE(Has(refused.output, "b.txt is not the result file that the run "));
 }
 
 TEST_F(CommandLine, TemplateNamesEveryKeyAndParses) {

@@ -2,7 +2,10 @@
 // and leaves every input and every earlier output byte for byte as it was,
 // with no temporary file behind.
 #include <gtest/gtest.h>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <functional>
@@ -61,6 +64,14 @@ std::string Configure(const std::string& demoConf, const HostileCase& c, const s
   return out;
 }
 
+// Locks held as another run would hold them, until the suite ends.
+std::vector<int> heldLocks;
+void HoldLock(const fs::path& path) {
+  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT, 0644);
+  ASSERT_EQ(::flock(fd, LOCK_EX), 0);
+  heldLocks.push_back(fd);
+}
+
 const std::string kOverInput = ") would overwrite an input of this run: ";
 const std::string kNotRegular = ", which is not a regular file or folder (a device, FIFO or socket)";
 
@@ -89,7 +100,8 @@ const HostileCase kCases[] = {
      nullptr, 1, {"name the same file (@/demo.quolib)"}},
     {"library in a folder that doesn't exist",
      {{"output_speclib_filename", "@/missing/lib.quolib"}}, nullptr, nullptr, 1,
-     {"\nCDtasIO error: failed to open Dtas file @/missing/lib.quolib\n"}},
+     {"\nCDtasIO error: failed to open Dtas file @/missing/lib.quolib\n"
+      "\tthe folder @/missing/ can't be used: No such file or directory\n"}},
     {"library path is a directory", {{"output_speclib_filename", "@/libdir.quolib"}},
      [](const fs::path& dir) { fs::create_directory(dir / "libdir.quolib"); }, nullptr, 1,
      {"CDtasIO error: failed to open Dtas file @/libdir.quolib"}},
@@ -109,6 +121,14 @@ const HostileCase kCases[] = {
      {"names @/fifo.txt" + kNotRegular}},
     {"configuration is /dev/zero", {}, nullptr, "/dev/zero", 255,
      {"Error when reading \"/dev/zero\"."}},
+    {"a misspelled modification_remove builds an empty library",
+     {{"modification_remove", "Deamidatd[N]"}}, nullptr, nullptr, 1,
+     {"[Warning]: No library entry was built; the earlier library @/demo.quolib and its "
+      "companion file are kept as they were, and nothing is searched."}},
+    {"another run holds the result", {},
+     [](const fs::path& dir) { HoldLock(dir / ".demo_result.txt.lock"); }, nullptr, 1,
+     {"[Error]: Another run is writing @/demo_result.txt (\"output_result_filename\" in section "
+      "\"search\") now; this run is refused."}},
 };
 
 class HostileRun : public ::testing::Test {
@@ -117,7 +137,10 @@ class HostileRun : public ::testing::Test {
     demo = new testutil::TempDir;
     ASSERT_EQ(testutil::GenerateDemo(demo->path().string()).exitCode, 0);
   }
-  static void TearDownTestSuite() { delete demo; }
+  static void TearDownTestSuite() {
+    for (int fd : heldLocks) ::close(fd);
+    delete demo;
+  }
   static testutil::TempDir* demo;
 };
 testutil::TempDir* HostileRun::demo = nullptr;

@@ -1,6 +1,9 @@
 #include "fdr/FdrEstimator.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
 
 #include <string>
 #include <vector>
@@ -37,6 +40,15 @@ void RunOn(const std::string& path, bool enabled = true) {
   settings.enabled = enabled;
   settings.output_result_filename = path;
   RunFdr(settings);
+}
+
+// Runs the stage with no file allowed to grow beyond `bytes`.
+void RankWithFilesUpTo(const std::string& path, std::size_t bytes) {
+  testutil::PrintToStderr();
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit{bytes, bytes};
+  ::setrlimit(RLIMIT_FSIZE, &limit);
+  RunOn(path);
 }
 
 // Runs the stage on a result file of the given content; the lines of the ranked file.
@@ -107,6 +119,26 @@ TEST(FdrStage, EmptyCrlfLongDamagedAndMissingFiles) {
   EXPECT_EXIT((testutil::PrintToStderr(), RunOn(path)), testing::ExitedWithCode(1),
               "^>> Estimating FDR[.]\nIdentification result file load error: failed to open "
               "result file " + path + "[.]tmp\n$");
+}
+
+TEST(FdrStage, KeepsTheSearchResultWhenItCantFinishAndNeverRanksARankedFile) {
+  testutil::TempDir dir;
+  const std::string path = dir / "result.txt";
+  const std::string searched = kSearchHeader + Hit("a", "0.50000", 'T') + "\n";
+  testutil::WriteFile(path, searched);
+  // A ranked file that can't be written whole (here: beyond the file size
+  // limit) ends the stage with the search's lines still under the result's name.
+  EXPECT_EXIT(RankWithFilesUpTo(path, searched.size()), testing::ExitedWithCode(1),
+              "failed to write result file " + path + "\n");
+  EXPECT_EQ(testutil::ReadFile(path), searched);
+  EXPECT_FALSE(testutil::FileExists(path + ".tmp"));
+  // A file that has its FDR column already came from another run.
+  const std::string ranked = std::string(kFdrResultHeader) + "\n" + Hit("a", "0.5", 'T', "0.000") + "\n";
+  testutil::WriteFile(path, ranked);
+  EXPECT_EXIT((testutil::PrintToStderr(), RunOn(path)), testing::ExitedWithCode(1),
+              "already has an FDR column");
+  EXPECT_EQ(testutil::ReadFile(path), ranked);
+  EXPECT_FALSE(testutil::FileExists(path + ".tmp"));
 }
 
 }  // namespace

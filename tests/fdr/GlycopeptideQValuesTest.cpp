@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "fdr/GlycanCall.h"
+#include "fdr/GlycopeptideHit.h"
 #include "fdr/GlycopeptideQValues.h"
 #include "fdr/QValueFiles.h"
 #include "fdr/QValues.h"
@@ -121,6 +122,25 @@ TEST(GlycopeptideQValues, YIonsAtThePeptideMassAndNotAtADecoyOffset) {
   EXPECT_EQ(FindYIons(peaks, peptide, 2, 7.43, {0.02, 0}).levels, 0);
   // 10 ppm reach 0.015 at m/z 1500 but only 0.0095 at m/z 954: Y2++ (0.01 off) is lost.
   EXPECT_EQ(FindYIons(peaks, peptide, 2, 0.0, {10.0, 1}).levels, 2);
+  // A damaged charge is tried only as far as any spectrum's, not for minutes.
+  EXPECT_EQ(FindYIons(peaks, peptide, 4000000000u, 0.0, {0.02, 0}).levels, 3);
+}
+
+TEST(GlycopeptideQValues, DamagedChargesReadAsUnknownAndTheSecondReadingIsQuiet) {
+  std::vector<CFdrRecord> records(3);
+  records[0].line = "q1\tL\t2000\t1000\t1e30\tPEPJTK";
+  records[1].line = "q2\tL\t2000\t1000\t-2\tPEPJTK";
+  records[2].line = "q3\tL\t2000\t1000\t3\tPEPJTK";
+  std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
+  EXPECT_EQ(hits[0].charge, 0u);
+  EXPECT_EQ(hits[1].charge, 0u);
+  EXPECT_EQ(hits[2].charge, 3u);
+  // The search has reported what is wrong with the query files already.
+  CSearchParam settings;
+  settings.query_datasets = {{"/nonexistent/queries.mgf", 2}};
+  testing::internal::CaptureStdout();
+  AddSpectrumEvidence(hits, settings, {});
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
 TEST(GlycopeptideQValues, RescoringLearnsOnOtherFoldsAndNeedsEnoughDecoys) {

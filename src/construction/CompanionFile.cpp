@@ -7,15 +7,15 @@
 #include "run/Process.h"
 
 namespace {
-[[noreturn]] void FailOnCompanion(const std::string& path) {
-  std::cout << CompanionWriteError(path) << std::endl;
+[[noreturn]] void FailOnCompanion(const std::string& path, const CSafeOutputFile& file) {
+  std::cout << CompanionWriteError(path) << '\n' << FailureLine(file) << std::flush;
   ExitProgram(1);
 }
 }  // namespace
 
 void CIdentifiedAnalyzer::WriteComposition(std::size_t n) {
   const std::string path = CompanionFileName(param.output_speclib_filename);
-  if (!companion.Open(path)) FailOnCompanion(path);
+  if (!companion.Open(path)) FailOnCompanion(path, companion);
   std::ofstream& out = companion.Stream();
   const std::size_t count = std::min(n, peptides.size());
   for (std::size_t i = 0; i < count; ++i) {
@@ -28,5 +28,5 @@ void CIdentifiedAnalyzer::WriteComposition(std::size_t n) {
 void CIdentifiedAnalyzer::CommitComposition() {
   if (!companion.IsOpen()) return;
   const std::string path = companion.Path();
-  if (!companion.Commit()) FailOnCompanion(path);
+  if (!companion.Commit()) FailOnCompanion(path, companion);
 }

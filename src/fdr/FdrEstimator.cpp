@@ -28,9 +28,10 @@ namespace {
 constexpr std::size_t kMinimalDataLine = 10;
 constexpr std::size_t kIoChunk = 1 << 20;
 
-[[noreturn]] void FailOnResultFile(const std::string& path) {
+// `reason`: the system's, as FailureLine gives it.
+[[noreturn]] void FailOnResultFile(const std::string& path, const std::string& reason = "") {
   std::cout << "Identification result file load error: failed to open result file " << path
-            << std::endl;
+            << '\n' << reason << std::flush;
   ExitProgram(1);
 }
 
@@ -192,7 +193,7 @@ void CFdrEstimator::BackwardPass(std::vector<CFdrRecord>& records) {
 
 void CFdrEstimator::Write() const {
   CSafeOutputFile file;
-  if (!file.Open(outputPath, std::ios::binary)) FailOnResultFile(outputPath);
+  if (!file.Open(outputPath, std::ios::binary)) FailOnResultFile(outputPath, FailureLine(file));
   std::ofstream& out = file.Stream();
   std::string buffer;
   buffer.reserve(kIoChunk + 8192);
@@ -212,7 +213,7 @@ void CFdrEstimator::Write() const {
   // that didn't complete, so the run ends here with the file kept.
   if (!file.Commit()) {
     std::cout << "Identification result file write error: failed to write result file "
-              << outputPath << std::endl;
+              << outputPath << '\n' << FailureLine(file) << std::flush;
     ExitProgram(1);
   }
 }

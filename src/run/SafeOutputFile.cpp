@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <atomic>
 #include <csignal>
 #include <cstdio>
@@ -63,22 +64,30 @@ CSafeOutputFile::~CSafeOutputFile() { Discard(); }
 bool CSafeOutputFile::Open(const std::string& path, std::ios::openmode mode) {
   Discard();
   target = path;
+  failure.clear();
   // Only a regular file is replaced: never a directory, and never a device or
   // FIFO that the rename would swap for a plain file.
   const PathKind kind = GetPathKind(path);
-  if (path.empty() || (kind != PathKind::Missing && kind != PathKind::File)) return false;
+  if (path.empty() || (kind != PathKind::Missing && kind != PathKind::File)) {
+    failure = kind == PathKind::Directory ? std::strerror(EISDIR) : "not a regular file";
+    return false;
+  }
   const std::size_t cut = LastSeparator(path);
   const std::string folder = cut == std::string::npos ? std::string() : path.substr(0, cut + 1);
   const std::string name = cut == std::string::npos ? path : path.substr(cut + 1);
   std::string pattern = folder + "." + name + ".partXXXXXX";
   int fd = ::mkstemp(pattern.data());
-  if (fd < 0) return false;
+  if (fd < 0) {
+    failure = std::strerror(errno);
+    return false;
+  }
   ::fchmod(fd, CreationMode(path));
   ::close(fd);
   temporary = pattern;
   slot = TakeSlot(temporary);
   stream.open(temporary, mode | std::ios::out | std::ios::trunc);
   if (!stream.is_open()) {
+    failure = std::strerror(errno);
     Discard();
     return false;
   }
@@ -87,12 +96,14 @@ bool CSafeOutputFile::Open(const std::string& path, std::ios::openmode mode) {
 
 bool CSafeOutputFile::Commit() {
   if (temporary.empty()) return false;
+  errno = 0;
   stream.flush();
   bool ok = static_cast<bool>(stream);
   stream.close();
   ok = ok && !stream.fail();
   if (ok && std::rename(temporary.c_str(), target.c_str()) != 0) ok = false;
   if (!ok) {
+    if (errno != 0) failure = std::strerror(errno);
     Discard();
     return false;
   }
@@ -116,6 +127,10 @@ CScratchName::CScratchName(std::string name) : path(std::move(name)), slot(TakeS
 CScratchName::~CScratchName() {
   std::remove(path.c_str());
   ReleaseSlot(slot);
+}
+
+std::string FailureLine(const CSafeOutputFile& file) {
+  return file.Failure().empty() ? std::string() : "\t" + file.Failure() + "\n";
 }
 
 void RemovePendingTemporaries() {

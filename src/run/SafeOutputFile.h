@@ -26,11 +26,15 @@ class CSafeOutputFile {
   bool Commit();
   // Removes the temporary file; the target is left untouched.
   void Discard();
+  // After Open or Commit failed: why, in the system's words ("No space left
+  // on device"); empty when the system gave no reason.
+  const std::string& Failure() const { return failure; }
 
  private:
   std::ofstream stream;
   std::string target;
   std::string temporary;
+  std::string failure;
   int slot = -1;  // place in the list of temporaries to remove on an early end
 };
 
@@ -49,6 +53,10 @@ class CScratchName {
   std::string path;
   int slot = -1;
 };
+
+// The line that follows a file's own failure message: a tab, the system's
+// reason and a line end; empty when there is no reason to give.
+std::string FailureLine(const CSafeOutputFile& file);
 
 // Removes every temporary file not yet committed or discarded. Safe to call
 // from a signal handler.

@@ -30,7 +30,7 @@ void CLibrarySearcher::Finish() {
   batch.reader = nullptr;
   if (!resultOutput.Commit()) {
     std::cout << "Output search result error: failed to open file "
-              << param.output_result_filename << std::endl;
+              << param.output_result_filename << '\n' << FailureLine(resultOutput) << std::flush;
     ExitProgram(1);
   }
 }

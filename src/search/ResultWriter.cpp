@@ -38,7 +38,7 @@ void AppendField(std::string& line, const std::string& value) {
 void CLibrarySearcher::WriteHeader() {
   if (!resultOutput.Open(param.output_result_filename)) {
     std::cout << "Output search result error: failed to open file "
-              << param.output_result_filename << std::endl;
+              << param.output_result_filename << '\n' << FailureLine(resultOutput) << std::flush;
     ExitProgram(1);
   }
   resultFile << kSearchResultHeader << '\n';

@@ -54,7 +54,8 @@ uint32_t CMulSpecIO::Count() { return static_cast<uint32_t>(index.size()); }
 void CMulSpecIO::OpenWrite(const std::string& path) {
   writeOk = outputFile.Open(path);
   if (!writeOk) {
-    std::cout << "\nCDtasIO error: failed to open Dtas file " << path << std::endl;
+    std::cout << "\nCDtasIO error: failed to open Dtas file " << path << '\n'
+              << FailureLine(outputFile) << std::flush;
   }
 }
 
@@ -74,6 +75,7 @@ void CMulSpecIO::CloseWrite() {
   if (!writeOk) {
     // A write that failed on the way (a full disk) says so in the words of a
     // file that can't be opened: either way the file is not there.
-    std::cout << "\nCDtasIO error: failed to open Dtas file " << outputFile.Path() << std::endl;
+    std::cout << "\nCDtasIO error: failed to open Dtas file " << outputFile.Path() << '\n'
+              << FailureLine(outputFile) << std::flush;
   }
 }

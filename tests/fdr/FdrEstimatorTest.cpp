@@ -129,7 +129,7 @@ TEST(FdrStage, KeepsTheSearchResultWhenItCantFinishAndNeverRanksARankedFile) {
   // A ranked file that can't be written whole (here: beyond the file size
   // limit) ends the stage with the search's lines still under the result's name.
   EXPECT_EXIT(RankWithFilesUpTo(path, searched.size()), testing::ExitedWithCode(1),
-              "failed to write result file " + path + "\n");
+              "failed to write result file " + path + "\n\tFile too large\n");
   EXPECT_EQ(testutil::ReadFile(path), searched);
   EXPECT_FALSE(testutil::FileExists(path + ".tmp"));
   // A file that has its FDR column already came from another run.

@@ -137,6 +137,14 @@ TEST_F(CommandLine, RunTakesPathsFromTheConfigurationFolderAndGivesTheClassicFil
       RunProgram(kProgram, "", elsewhere_.path().string(), {"report", native / "run.conf", "--top", "5"});
   EXPECT_EQ(report.exitCode, 0) << report.output;
   EXPECT_TRUE(Has(ReadFile(native / "demo_result_report.html"), "</html>"));
+  // A re-run stopped after it replaced the result: the run's other files are the
+  // earlier run's, and the report refuses to combine them.
+  const std::string ranked = ReadFile(native / "demo_result.txt");
+  WriteFile(native / "demo_result.txt", ranked.substr(0, ranked.rfind('\n', ranked.size() - 2) + 1));
+  const auto mixed =
+      RunProgram(kProgram, "", elsewhere_.path().string(), {"report", native / "run.conf"});
+  EXPECT_EQ(mixed.exitCode, 1);
+  EXPECT_TRUE(Has(mixed.output, "the files come from different runs")) << mixed.output;
 }
 
 TEST_F(CommandLine, MissingInputsAreListedTogetherBeforeAnyWork) {

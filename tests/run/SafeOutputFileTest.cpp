@@ -42,10 +42,11 @@ TEST(SafeOutputFile, TargetChangesOnlyOnCommit) {
   EXPECT_FALSE(file.Open(dir / "folder"));
   EXPECT_FALSE(file.Open("/dev/null"));
   EXPECT_FALSE(file.Open(dir / "missing/out.txt"));
+  EXPECT_EQ(file.Failure(), "No such file or directory");
   EXPECT_EQ(EntryCount(dir), 2u);
 }
 
-TEST(SafeOutputFile, ASignalRemovesTheTemporaryAndKeepsTheTarget) {
+TEST(SafeOutputFile, ASignalRemovesTheTemporaryAndScratchNamesAndKeepsTheTarget) {
   testutil::TempDir dir;
   const std::string target = dir / "out.txt";
   testutil::WriteFile(target, "earlier\n");
@@ -56,6 +57,9 @@ TEST(SafeOutputFile, ASignalRemovesTheTemporaryAndKeepsTheTarget) {
     CSafeOutputFile file;
     if (!file.Open(target)) ::_exit(3);
     file.Stream() << "half" << std::flush;
+    // A second name of the target, as the FDR stage gives the search's lines.
+    CScratchName scratch(target + ".tmp");
+    ::link(target.c_str(), scratch.Path().c_str());
     std::raise(SIGTERM);
     ::_exit(4);  // not reached
   }

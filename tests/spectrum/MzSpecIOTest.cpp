@@ -74,8 +74,10 @@ TEST(MzSpecIOTest, NamesPrecursorAndPeaksOfMzmlSpectra) {
       {"controllerType=0 controllerNumber=1 scan=17", kMs2, kMz500 + Charge(2), "f.v1.17.17.2", 2},
       {"index=4", kMs2, kMz500 + Charge(3), "f.v1.5.5.3", 3},
       {"spectrum=9", kMs2, kMz500, "f.v1.9.9.0", 0},
-      // A style without scan=, index= or spectrum= takes the index attribute, plus one.
-      {"scanId=12", kMs2, kMz500 + Charge(2), "f.v1.5.5.2", 2},
+      // Agilent and ms_deisotope write scanId=; a style without any of the
+      // known keys takes the index attribute, plus one.
+      {"scanId=12", kMs2, kMz500 + Charge(2), "f.v1.12.12.2", 2},
+      {"frame=12", kMs2, kMz500 + Charge(2), "f.v1.6.6.2", 2},
       {"scan=30", "<referenceableParamGroupRef ref=\"msn\"/>", kMz500 + Charge(2), "f.v1.30.30.2", 2},
       {"scan=31", kMs2 + Title("  run7.3.3.2 File:&quot;x.raw&quot;"), kMz500 + Charge(2), "run7.3.3.2", 2},
       {"scan=32", kMs2 + Title(" "), kMz500 + Charge(4), "f.v1.32.32.4", 4},
@@ -209,7 +211,7 @@ TEST(MzSpecIOTest, RealFilesOfSeveralWriters) {
        0, 33, 56.9623},
       // Unsorted m/z, unknown CV terms, scanId= IDs, count above the spectra present.
       {"20150710_3um_AGP_001_29_30.preprocessed.mzML.gz", 255,
-       "20150710_3um_AGP_001_29_30.preprocessed.10.10.4", 4, 88, 55.0546},
+       "20150710_3um_AGP_001_29_30.preprocessed.1740086.1740086.4", 4, 623, 55.0176},
       {"diameter_test.mzXML", 80, "diameter_test.10.10.0", 0, 267, 149.045},
       {"BSA_min_21.mzXML", 82, "BSA_min_21.10.10.2", 2, 320, 156.94},
       // Version 2, MS2 nested in MS1, stale index.

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <string>
 
+#include "cli/RunInputCheck.h"
 #include "construction/ConstructionStage.h"
 #include "fdr/FdrStage.h"
 #include "run/Param.h"
@@ -33,7 +34,9 @@ int RunClassic() {
   CParam& param = CParam::GetInstance();
   param.configure_filename = configName;
   param.Load();
-  CheckRunPaths(CollectRunPaths(param));
+  const CRunPaths paths = CollectRunPaths(param);
+  CheckRunPaths(paths);
+  CheckRunInputs(param, paths);
 
   RunConstruction(param.construction);
   RunSearch(param.search);

@@ -179,6 +179,37 @@ TEST(MzSpecIOTest, DamagedFilesEndInAMessageNamingTheFile) {
   EXPECT_LE(damaged.loaded.spectra.size(), 1u);
 }
 
+TEST(MzSpecIOTest, HostileValuesAreBoundedOrRefused) {
+  testutil::TempDir dir;
+  // A parameter group that names itself inside its own definition, used by a
+  // spectrum; charges beyond belief read as 0.
+  const std::string selfReferencing =
+      "<mzML><referenceableParamGroupList count=\"1\"><referenceableParamGroup id=\"a\">" + kMs2 +
+      "<referenceableParamGroupRef ref=\"a\"/><cvParam accession=\"MS:1000127\" value=\"\"/>"
+      "<referenceableParamGroupRef ref=\"a\"/></referenceableParamGroup></referenceableParamGroupList>"
+      "<run id=\"r\"><spectrumList count=\"3\">" +
+      Spectrum(0, "scan=1", "<referenceableParamGroupRef ref=\"a\"/>", kMz500 + Charge(2)) +
+      Spectrum(1, "scan=2", kMs2, kMz500 + Charge(2000000000)) + Spectrum(2, "scan=3", kMs2, kMz500 + Charge(-3)) +
+      "</spectrumList></run></mzML>";
+  testutil::WriteFile(dir / "g.mzML", selfReferencing);
+  const Captured mzml = LoadCapturing(kMzml, dir / "g.mzML");
+  EXPECT_EQ(spectest::Names(mzml.loaded.spectra), (std::vector<std::string>{"g.1.1.2", "g.2.2.0", "g.3.3.0"}));
+  EXPECT_NE(mzml.output.find("2 MS2 spectra have a charge outside 1 to 20; it is read as 0"), std::string::npos)
+      << mzml.output;
+  // A negative peak count is a count the file got wrong, not a missing one.
+  const std::string scan = "<mzXML><msRun><scan num=\"5\" msLevel=\"2\" peaksCount=\"-1\">"
+                           "<precursorMz precursorCharge=\"99\">500</precursorMz><peaks precision=\"32\" "
+                           "byteOrder=\"network\">QskAAEEgAABDSEAAQaQAAA==</peaks></scan></msRun></mzXML>";
+  testutil::WriteFile(dir / "n.mzXML", scan);
+  const Captured mzxml = LoadCapturing(kMzxml, dir / "n.mzXML");
+  EXPECT_EQ(mzxml.loaded.count, 1u);
+  EXPECT_TRUE(mzxml.loaded.spectra.empty());
+  EXPECT_NE(mzxml.output.find("Unable to load spectrum n.5.5.0 of " + (dir / "n.mzXML") +
+                              ": the file announces a negative count of values"),
+            std::string::npos)
+      << mzxml.output;
+}
+
 TEST(MzSpecIOTest, RealFilesOfSeveralWriters) {
   SKIP_WITHOUT_REALDATA();
   const std::string folder = testutil::RealData("mzml");

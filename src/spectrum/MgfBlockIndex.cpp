@@ -34,6 +34,16 @@ std::string ScanOfTitle(std::string title) {
   return "";
 }
 
+// The whole text of a block's TITLE line, read again: only blocks without a
+// name of their own need it, so it is not kept for every block.
+std::string TitleLineAt(CLineReader& input, int64_t position) {
+  input.Seek(position);
+  std::string_view line;
+  while (input.Next(line) && !Begins(line, "END IONS") && !Begins(line, "BEGIN IONS"))
+    if (Begins(line, "TITLE=")) return std::string(line.substr(6));
+  return "";
+}
+
 std::string Plural(uint32_t count, const char* one, const char* many) {
   return std::to_string(count) + (count == 1 ? one : many);
 }
@@ -65,7 +75,6 @@ void CMgfBlockIndex::Build(CLineReader& input, const std::string& stem) {
     Block& block = blocks_.back();
     if (!block.titleSeen && Begins(line, "TITLE=")) {
       block.titleSeen = true;
-      block.titleLine.assign(line.substr(6));
       ScanKeyWord(line, "TITLE=", block.title);
     } else if (block.scans.empty() && Begins(line, "SCANS=")) {
       ScanKeyWord(line, "SCANS=", block.scans);
@@ -82,10 +91,10 @@ void CMgfBlockIndex::Build(CLineReader& input, const std::string& stem) {
       if (ScanKeyDouble(line, "PEPMASS=", mz)) block.hasPrecursor = true;
     }
   }
-  NameBlocks(stem);
+  NameBlocks(input, stem);
 }
 
-void CMgfBlockIndex::NameBlocks(const std::string& stem) {
+void CMgfBlockIndex::NameBlocks(CLineReader& input, const std::string& stem) {
   std::unordered_map<std::string, uint32_t> uses;
   for (const Block& block : blocks_)
     if (!block.title.empty()) ++uses[block.title];
@@ -99,7 +108,7 @@ void CMgfBlockIndex::NameBlocks(const std::string& stem) {
     std::string name = block.title;
     if (untitled || repeated) {
       std::string scan = LeadingDigits(block.scans);
-      if (scan.empty()) scan = ScanOfTitle(block.titleLine);
+      if (scan.empty() && block.titleSeen) scan = ScanOfTitle(TitleLineAt(input, block.position));
       name = nameFrom(scan.empty() ? std::to_string(block.number) : scan, block);
       // Two blocks of one scan (or a title that is such a name) fall back to the block number.
       if (positions_.count(name) || uses.count(name)) name = nameFrom(std::to_string(block.number), block);

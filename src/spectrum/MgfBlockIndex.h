@@ -22,7 +22,6 @@ class CMgfBlockIndex {
     int64_t line = 0;       // of the opening line, from 1
     uint32_t number = 0;    // from 1, in file order
     std::string title;      // empty without a usable TITLE line
-    std::string titleLine;  // the whole TITLE text, for a scan number
     std::string scans;      // SCANS= value
     int64_t charge = 0;     // CHARGE= as read; 0 without one
     bool titleSeen = false, hasCharge = false, hasPrecursor = false;
@@ -37,7 +36,7 @@ class CMgfBlockIndex {
   std::string Report() const;
 
  private:
-  void NameBlocks(const std::string& stem);
+  void NameBlocks(CLineReader& input, const std::string& stem);
 
   std::vector<Block> blocks_;
   std::map<std::string, int64_t> positions_;

@@ -31,7 +31,6 @@ void CMgfIO::BuildIndex() {
   CMgfBlockIndex blocks;
   blocks.Build(input, FileStem(path));
   index = blocks.Positions();
-  title.clear();
   const std::string report = blocks.Report();
   if (!report.empty()) std::cout << "\n[Warning]: " << path << ": " << report << std::endl;
 }
@@ -51,7 +50,8 @@ bool CMgfIO::ParseAtCursor() {
     }
     if (c == 'C') {
       int charge = 0;
-      if (ScanKeyInt(line, "CHARGE=", charge)) work.charge = ChargeInRange(charge) ? static_cast<uint32_t>(charge) : 0;
+      if (ScanKeyInt(line, "CHARGE=", charge))
+        work.charge = ChargeInRange(charge) ? static_cast<uint32_t>(charge) : 0;
     } else if (c == 'P') {
       ScanKeyDouble(line, "PEPMASS=", work.precursorMass);
     } else if (Begins(line, "END IONS") || Begins(line, "BEGIN IONS")) {

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages needed to build and test QuorinGlyco, only those
-# that are missing (with --benchmarks also those of the benchmarks). Runs
+# that are missing (with --benchmarks also those of the benchmarks, with
+# --fuzzers those of the fuzz targets). Runs
 # unattended: as root directly, otherwise through sudo.
 set -euo pipefail
 
@@ -15,6 +16,11 @@ packages=(cmake make g++ libgtest-dev libbenchmark-dev libcli11-dev nlohmann-jso
 # memory that scripts/bench_e2e.sh reports.
 if [ "${1:-}" = "--benchmarks" ]; then
   packages+=(libboost-filesystem-dev libboost-iostreams-dev libboost-thread-dev time)
+fi
+# --fuzzers adds clang and its runtime libraries (libFuzzer, ASan, UBSan) for
+# the fuzz targets that scripts/fuzz_smoke.sh builds.
+if [ "${1:-}" = "--fuzzers" ]; then
+  packages+=(clang libclang-rt-14-dev)
 fi
 
 missing=()

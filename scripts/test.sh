@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds QuorinGlyco with its tests and runs them all,
-# the threaded search also under ThreadSanitizer.
+# the threaded search also under ThreadSanitizer, and a few seconds of each
+# fuzz target.
 # Works from any working directory.
 set -euo pipefail
 
@@ -11,4 +12,6 @@ cmake -S . -B build -DCMAKE_BUILD_TYPE=Release
 cmake --build build -j2
 # The threaded search under ThreadSanitizer (its own build, about a minute and a half).
 "$root/scripts/tsan.sh"
+# A few seconds of every fuzz target under ASan and UBSan (its own clang build).
+"$root/scripts/fuzz_smoke.sh"
 ctest --test-dir build --output-on-failure

@@ -3,6 +3,7 @@
 #include <iostream>
 #include <string>
 
+#include "cli/RunInputCheck.h"
 #include "construction/ConstructionStage.h"
 #include "fdr/FdrStage.h"
 #include "run/OutputLock.h"
@@ -36,6 +37,7 @@ int RunClassic() {
   param.Load();
   const CRunPaths paths = CollectRunPaths(param);
   CheckRunPaths(paths);
+  CheckRunInputs(param, paths);
   COutputLock lock;
   LockRunOutputs(paths, lock);
 

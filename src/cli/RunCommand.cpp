@@ -5,6 +5,7 @@
 
 #include "cli/ExitStatus.h"
 #include "cli/ProgressBar.h"
+#include "cli/RunInputCheck.h"
 #include "cli/RunSummary.h"
 #include "construction/ConstructionStage.h"
 #include "fdr/FdrStage.h"
@@ -82,6 +83,7 @@ int RunCommand(const CRunOptions& options) {
     paths.outputs.push_back(file);
   }
   CheckRunPaths(paths);
+  CheckRunInputs(param, paths);
   COutputLock lock;
   LockRunOutputs(paths, lock);
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <tuple>
 
-#include "fdr/ResultLineScan.h"
+#include "spectrum/ChargeLimit.h"
 #include "run/Param.h"
 
 namespace {
@@ -81,7 +81,7 @@ CYIonEvidence FindYIons(const std::vector<CPeak>& peaksByMz, double peptideMH,
   CYIonEvidence evidence;
   const std::vector<double>& core = CNGlycanFrag::GetInstance().coreMasses;
   // A damaged charge must not make this loop run for minutes.
-  const uint32_t top = std::clamp<uint32_t>(highestCharge, 1, kHighestResultCharge);
+  const uint32_t top = std::clamp<uint32_t>(highestCharge, 1, static_cast<uint32_t>(kMaxPrecursorCharge));
   std::vector<std::size_t> taken;
   for (double coreMass : core) {
     bool found = false;

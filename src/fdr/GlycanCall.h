@@ -39,7 +39,7 @@ CGlycanCall CallGlycan(const std::vector<CGlycan>& table, double delta, double t
 
 // Evidence of the Y ions (peptide plus 0 to 5 core residues) of a peptide of
 // mass `peptideMH` in a prepared query: the core levels found at any charge
-// from 1 to `highestCharge` (at most kHighestResultCharge), and the summed
+// from 1 to `highestCharge` (at most kMaxPrecursorCharge), and the summed
 // intensity of the peaks found.
 // `offset` moves every Y ion by a mass: with an offset that no glycan
 // fragment has, the same count measures how often Y ions match by chance.

@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <unordered_map>
 
-#include "fdr/ResultLineScan.h"
 #include "run/QuietOutput.h"
 #include "search/QueryBatch.h"
+#include "spectrum/ChargeLimit.h"
 #include "spectrum/SpecIO.h"
 
 namespace {
@@ -31,7 +31,7 @@ double Number(const std::vector<std::string>& f, std::size_t i) {
 // (unknown), like a charge the scanner of the FDR stage would not take.
 uint32_t Charge(const std::vector<std::string>& f) {
   const double value = Number(f, 4);
-  return value >= 0.0 && value <= kHighestResultCharge ? static_cast<uint32_t>(value) : 0;
+  return value >= 0.0 && value <= kMaxPrecursorCharge ? static_cast<uint32_t>(value) : 0;
 }
 
 // Counts the b and y ions of at least 3 residues in an ion list "b3+;y11++;Y2+;".

@@ -109,7 +109,7 @@ bool ScanPlainLine(const char* text, std::size_t length, CResultLineFields& fiel
 }
 
 CResultLineFields& BoundCharge(CResultLineFields& fields) {
-  if (fields.charge < 0 || fields.charge > kHighestResultCharge) fields.charge = 0;
+  if (fields.charge < 0 || fields.charge > kMaxPrecursorCharge) fields.charge = 0;
   return fields;
 }
 

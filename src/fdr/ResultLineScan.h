@@ -2,9 +2,7 @@
 #include <cstdint>
 #include <string>
 
-// No query spectrum carries more charges than this; a result line that says so
-// is damaged, and its charge reads as 0 (unknown).
-inline constexpr int32_t kHighestResultCharge = 100;
+#include "spectrum/ChargeLimit.h"
 
 // The fields of a result line that the FDR stage uses.
 struct CResultLineFields {
@@ -20,7 +18,8 @@ struct CResultLineFields {
 // Fields are words separated by white space, so an empty field moves the later
 // ones; a conversion that fails leaves its field and all behind it at their
 // defaults. The text ends at the first NUL character, as a C string would. A
-// charge outside 0..kHighestResultCharge reads as 0.
+// charge outside 0..kMaxPrecursorCharge, which no spectrum reader gives, reads
+// as 0 (unknown): the line is damaged.
 CResultLineFields ScanResultLine(const std::string& line);
 
 // The same through std::sscanf. ScanResultLine gives identical results faster and

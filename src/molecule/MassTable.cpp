@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <iostream>
+#include <string_view>
+
+#include "run/Process.h"
 
 namespace {
 const char* const kSectionNames[4] = {"AA", "Molecule", "Modification", "Glyco"};
@@ -119,4 +123,35 @@ void CMassTableFile::Save(const CMassTable& table) {
     }
   }
   config.Write(filename);
+}
+
+std::string MissingBasicMasses(const CMassTable& table, bool construction, bool search) {
+  std::vector<std::string> missing;
+  auto lacks = [](double mass) { return !(mass > 0.0 && mass < 1e6); };
+  if (construction) {
+    std::string residues;
+    for (const char residue : std::string_view("ACDEFGHIKLMNPQRSTVWY"))
+      if (lacks(table.AminoAcid(residue))) residues += residue;
+    if (!residues.empty()) missing.push_back("the residue masses of " + residues);
+    for (const char* molecule : {"H2O", "Proton"})
+      if (lacks(table.Molecule(molecule))) missing.push_back(molecule);
+  }
+  if (search && table.glycans.empty()) missing.push_back("glycans");
+  std::string text;
+  for (const std::string& what : missing) text += (text.empty() ? "" : ", ") + what;
+  return text;
+}
+
+void CheckMassTableFile(const std::string& filename, bool construction, bool search) {
+  if (GetPathKind(filename) != PathKind::File) return;
+  CMassTable table;
+  CMassTableFile file;
+  file.filename = filename;
+  file.Load(table);
+  const std::string missing = MissingBasicMasses(table, construction, search);
+  if (missing.empty()) return;
+  std::cout << "Error when reading \"" << filename << "\"." << std::endl;
+  std::cout << "[Error]: the mass table lacks " << missing
+            << " (sections [AA], [Molecule], [Glyco]); the run is refused." << std::endl;
+  ExitProgram(-1);
 }

@@ -39,6 +39,17 @@ class CMassTable {
   double residueMass[256] = {};  // fast path of AminoAcid(char), kept in step with aminoAcids
 };
 
+// What a table lacks of the masses a run needs, in words; empty when it has
+// them all. Library construction needs the twenty residues, H2O and Proton;
+// the search needs at least one glycan.
+std::string MissingBasicMasses(const CMassTable& table, bool construction, bool search);
+
+// Refuses, before any work, a mass table file that lacks those masses (a file
+// of another kind given as the table): prints the usual reading error and the
+// reason, and ends the program with -1. A file that isn't there is left to
+// the stage that reads it.
+void CheckMassTableFile(const std::string& filename, bool construction, bool search);
+
 // Loader and saver of the mass table file.
 class CMassTableFile {
  public:

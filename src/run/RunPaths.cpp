@@ -32,6 +32,8 @@ void AddDatasets(const std::vector<CDatasetFile>& datasets, const std::string& p
     const bool dta = datasets[i].format == 1;
     CNamedPath input = Named(datasets[i].pathname, Key(prefix + std::to_string(i + 1), section));
     input.dtaDataset = dta;
+    input.format = datasets[i].format;
+    input.formatWhat = Key(prefix.substr(0, prefix.find("pathname_")) + "format", section);
     inputs.push_back(input);
   }
 }

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -10,6 +11,8 @@ struct CNamedPath {
   std::string path;
   std::string what;               // e.g. "query_dataset_pathname_1" in section "search"
   bool dtaDataset = false;        // a folder of .dta files is read whole
+  int32_t format = -1;            // a spectrum dataset's format code, -1 for other paths
+  std::string formatWhat;         // the setting that names that format
   std::string cantWrite;          // for an output: the message when it can't be written
   bool locked = false;            // an output that a run locks while it runs
 };

@@ -5,6 +5,7 @@
 #include <iostream>
 #include <thread>
 
+#include "run/InputFailures.h"
 #include "run/Process.h"
 #include "run/Progress.h"
 
@@ -86,6 +87,7 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
   delete batch.reader;
   batch.reader = CreateSpecIO(dataset.format);
   total = 0;
+  const uint64_t failuresBefore = InputFailureCount();
   if (batch.reader != nullptr) {
     batch.reader->OpenRead(dataset.pathname);
     total = batch.reader->Count();
@@ -138,6 +140,13 @@ void CLibrarySearcher::SearchDataset(const CDatasetFile& dataset) {
               << " damaged peaks (an m/z or intensity that is not a finite number, or a "
                  "negative intensity) were dropped from "
               << damagedSpectra << " spectra." << std::endl;
+  }
+  // A dataset that gives not one spectrum (an empty file, a file of another
+  // kind, every spectrum undecodable) is a failed input, not a quiet success.
+  if (counts.queriesRead == progressBase && InputFailureCount() == failuresBefore) {
+    std::cout << "\t\t[Warning]: not one spectrum could be read from " << dataset.pathname << '.'
+              << std::endl;
+    NoteInputFailure();
   }
   std::cout << "    --- Complete!\n" << std::endl;
 }

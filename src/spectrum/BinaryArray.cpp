@@ -57,6 +57,11 @@ BinaryDataEncoder::Config ConfigOf(const CArrayEncoding& encoding) {
 bool DecodeArray(std::string& text, const CArrayEncoding& encoding, int64_t expectedLength,
                  std::vector<double>& values, std::string& problem) {
   values.clear();
+  // -1 stands for "not stated"; anything below is a count the file got wrong.
+  if (expectedLength < -1) {
+    problem = "the file announces a negative count of values";
+    return false;
+  }
   if (!CleanBase64(text)) {
     problem = "array text is not base64";
     return false;

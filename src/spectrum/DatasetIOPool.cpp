@@ -4,6 +4,7 @@
 
 #include <iostream>
 
+#include "run/InputFailures.h"
 #include "run/Process.h"
 #include "spectrum/MzSpectrumName.h"
 
@@ -15,7 +16,15 @@ void CDatasetIOPool::Open(const std::vector<CDatasetFile>& datasetList) {
   for (const CDatasetFile& dataset : datasets) {
     std::cout << "\t\t" << dataset.pathname << std::endl;
     std::unique_ptr<CSpecIO> io(CreateSpecIO(dataset.format));
+    const uint64_t failuresBefore = InputFailureCount();
     if (io) io->OpenRead(dataset.pathname);
+    // A file that holds no spectrum at all is a failed input; a DTA folder
+    // is listed on demand and not counted here.
+    if (io && dataset.format != 1 && io->Count() == 0 && InputFailureCount() == failuresBefore) {
+      std::cout << "\t\t[Warning]: not one spectrum could be read from " << dataset.pathname << '.'
+                << std::endl;
+      NoteInputFailure();
+    }
     ios.push_back(std::move(io));
   }
   current = 0;

@@ -6,6 +6,7 @@
 #include "run/InputFailures.h"
 #include "run/Process.h"
 #include "run/StringUtil.h"
+#include "spectrum/ChargeLimit.h"
 #include "spectrum/ScanFormat.h"
 
 void CDtaIO::Init() {
@@ -77,7 +78,7 @@ bool CDtaIO::ReadByName(const std::string& name, std::vector<CSpectrum>& out) {
   int charge = 0;
   if (input.Next(line)) ScanMassCharge(line, mass, charge);
   work.precursorMass = mass;
-  work.charge = static_cast<uint32_t>(charge);
+  work.charge = ChargeInRange(charge) ? static_cast<uint32_t>(charge) : 0;
   work.peaks.clear();
   while (input.Next(line) && !line.empty()) {
     ScanPeakLine(line, workPeak.mz, workPeak.intensity);  // a failed scan repeats the peak before

@@ -1,6 +1,7 @@
 // DTAS container: a head of three "[" lines, then DTA bodies under ".dta" name lines.
 #include "spectrum/DtasIO.h"
 
+#include "spectrum/ChargeLimit.h"
 #include "spectrum/ScanFormat.h"
 
 namespace {
@@ -53,7 +54,7 @@ bool CDtasIO::ParseAtCursor() {
   if (input.Next(line)) {
     int charge = 0;
     if (ScanMassCharge(line, work.precursorMass, charge) == 2) {
-      work.charge = static_cast<uint32_t>(charge);
+      work.charge = ChargeInRange(charge) ? static_cast<uint32_t>(charge) : 0;
     }
   }
   work.peaks.clear();

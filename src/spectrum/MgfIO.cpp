@@ -1,6 +1,11 @@
-// Mascot generic format: block index by title, block parser, block writer.
+// Mascot generic format: block index, block parser, block writer.
 #include "spectrum/MgfIO.h"
 
+#include <iostream>
+
+#include "spectrum/ChargeLimit.h"
+#include "spectrum/MgfBlockIndex.h"
+#include "spectrum/MzSpectrumName.h"
 #include "spectrum/ScanFormat.h"
 
 namespace {
@@ -17,33 +22,26 @@ void CMgfIO::Init() {
   protonMass = 1.00727647012;
 }
 
+void CMgfIO::OpenRead(const std::string& pathname) {
+  path = pathname;
+  CMulSpecIO::OpenRead(pathname);
+}
+
 void CMgfIO::BuildIndex() {
-  index.clear();
-  title.clear();
-  std::string_view line;
-  while (input.Next(line)) {
-    if (First(line) != 'B') continue;
-    const std::streamoff position = input.Tell();
-    // The next T line names the block, wherever it stands: a block without a
-    // title lends its position to the title of the next one.
-    bool titled = false;
-    while (input.Next(line)) {
-      if (First(line) == 'T') {
-        titled = true;
-        break;
-      }
-    }
-    if (!titled) break;  // the file ended before a title: the block goes unnamed
-    ScanKeyWord(line, "TITLE=", title);  // a failed scan keeps the title last read
-    index.insert_or_assign(title, position);
-  }
+  CMgfBlockIndex blocks;
+  blocks.Build(input, FileStem(path));
+  index = blocks.Positions();
+  const std::string report = blocks.Report();
+  if (!report.empty()) std::cout << "\n[Warning]: " << path << ": " << report << std::endl;
 }
 
 bool CMgfIO::ParseAtCursor() {
   std::string_view line;
   bool hasPeakLine = false;
-  // Header: charge and precursor m/z persist from the block read before when
-  // the block does not state them.
+  // Header: a block without CHARGE or PEPMASS has none (0), rather than the
+  // values of whichever block was read before it.
+  work.charge = 0;
+  work.precursorMass = 0.0;
   while (input.Next(line)) {
     const char c = First(line);
     if (c >= '0' && c <= '9') {
@@ -52,7 +50,8 @@ bool CMgfIO::ParseAtCursor() {
     }
     if (c == 'C') {
       int charge = 0;
-      if (ScanKeyInt(line, "CHARGE=", charge)) work.charge = static_cast<uint32_t>(charge);
+      if (ScanKeyInt(line, "CHARGE=", charge))
+        work.charge = ChargeInRange(charge) ? static_cast<uint32_t>(charge) : 0;
     } else if (c == 'P') {
       ScanKeyDouble(line, "PEPMASS=", work.precursorMass);
     } else if (Begins(line, "END IONS") || Begins(line, "BEGIN IONS")) {
@@ -65,10 +64,11 @@ bool CMgfIO::ParseAtCursor() {
       (work.precursorMass - protonMass) * static_cast<double>(work.charge) + protonMass;
   work.peaks.clear();
   if (!hasPeakLine) return true;
-  // Peak list up to the E line. A line that fails the scan repeats the previous
-  // peak (the work peak keeps its values). The end of the file ends the list.
+  // Peak list up to the E line (or the next block of a block left open). A
+  // line that fails the scan repeats the previous peak (the work peak keeps
+  // its values). The end of the file ends the list.
   do {
-    if (First(line) == 'E') break;
+    if (First(line) == 'E' || Begins(line, "BEGIN IONS")) break;
     ScanPeakLine(line, workPeak.mz, workPeak.intensity);
     work.peaks.push_back(workPeak);
   } while (input.Next(line));

@@ -14,7 +14,7 @@ struct CMzRecord {
   int msLevel = 0;
   bool profile = false;
   double precursorMz = 0.0;
-  int charge = 0;           // 0 when the file gives none
+  int64_t charge = 0;       // 0 when the file gives none; as written, however large
   bool interleaved = false; // mzXML: m/z and intensity alternate in `mz`
   CArrayText mz, intensity;
 };

@@ -4,6 +4,7 @@
 #include <iostream>
 
 #include "run/InputFailures.h"
+#include "spectrum/ChargeLimit.h"
 #include "spectrum/MzSpectrumName.h"
 
 void CMzSpecIO::Init() {
@@ -37,6 +38,10 @@ void CMzSpecIO::OpenRead(const std::string& pathname) {
                 << " MS2 spectra before it are kept" << std::endl;
       NoteInputFailure();
     }
+    if (chargesOutOfRange > 0)
+      std::cout << "\n[Warning]: " << pathname << ": " << chargesOutOfRange
+                << " MS2 spectra have a charge outside 1 to " << kMaxPrecursorCharge << "; it is read as 0"
+                << std::endl;
     if (profileSpectra > 0)
       std::cout << "\n[Warning]: " << pathname << ": " << profileSpectra
                 << " MS2 spectra are profile spectra, not centroided; their points are read as peaks"
@@ -48,7 +53,8 @@ void CMzSpecIO::OpenRead(const std::string& pathname) {
 void CMzSpecIO::Index(const CMzRecord& record) {
   if (record.msLevel != 2) return;
   if (record.profile) ++profileSpectra;
-  const uint32_t charge = record.charge > 0 ? static_cast<uint32_t>(record.charge) : 0;
+  const uint32_t charge = ChargeInRange(record.charge) ? static_cast<uint32_t>(record.charge) : 0;
+  if (record.charge != 0 && charge == 0) ++chargesOutOfRange;
   entries.push_back({record.precursorMz, charge, record.interleaved, record.mz, record.intensity});
   index.insert_or_assign(MzSpectrumName(record, stem), static_cast<uint32_t>(entries.size() - 1));
 }
@@ -74,6 +80,7 @@ void CMzSpecIO::CloseRead() {
   index.clear();
   cursor = index.end();
   profileSpectra = 0;
+  chargesOutOfRange = 0;
 }
 
 bool CMzSpecIO::ReadByName(const std::string& name, std::vector<CSpectrum>& out) {

@@ -51,6 +51,7 @@ class CMzSpecIO : public CSpecIO {
   std::map<std::string, uint32_t> index;  // name -> entry
   std::map<std::string, uint32_t>::iterator cursor = index.end();
   uint32_t profileSpectra = 0;
+  uint32_t chargesOutOfRange = 0;
   std::string text;                   // array text being decoded
   std::vector<double> mzValues, intensityValues;
 };

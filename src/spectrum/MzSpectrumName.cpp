@@ -5,6 +5,7 @@
 
 #include "run/Process.h"
 #include "run/StringUtil.h"
+#include "spectrum/ChargeLimit.h"
 
 namespace {
 bool AllDigits(const std::string& text) {
@@ -24,16 +25,18 @@ std::string FirstWord(const std::string& text) {
 }  // namespace
 
 std::string ScanOfNativeId(const std::string& nativeId) {
-  std::string byKey[3];
-  static const char* const kKeys[] = {"scan=", "index=", "spectrum="};
+  // scanId= is the style of Agilent files and of ms_deisotope.
+  std::string byKey[4];
+  static const char* const kKeys[] = {"scan=", "scanId=", "index=", "spectrum="};
   std::istringstream in(nativeId);
   std::string token;
   while (in >> token)
-    for (int k = 0; k < 3; ++k)
+    for (int k = 0; k < 4; ++k)
       if (token.rfind(kKeys[k], 0) == 0 && byKey[k].empty()) byKey[k] = token.substr(std::char_traits<char>::length(kKeys[k]));
   if (AllDigits(byKey[0])) return byKey[0];
-  if (AllDigits(byKey[1])) return std::to_string(std::stoll(byKey[1]) + 1);
-  if (AllDigits(byKey[2])) return byKey[2];
+  if (AllDigits(byKey[1])) return byKey[1];
+  if (AllDigits(byKey[2])) return std::to_string(std::stoll(byKey[2]) + 1);
+  if (AllDigits(byKey[3])) return byKey[3];
   return "";
 }
 
@@ -54,7 +57,8 @@ std::string MzSpectrumName(const CMzRecord& record, const std::string& stem) {
   std::string scan;
   if (record.scanNumber >= 0) scan = std::to_string(record.scanNumber);
   else scan = ScanOfNativeId(record.nativeId);
-  // An ID of another style (such as scanId=) falls back to the order in the file.
+  // An ID of another style falls back to the order in the file.
   if (scan.empty()) scan = std::to_string(record.position + 1);
-  return stem + "." + scan + "." + scan + "." + std::to_string(record.charge);
+  const int64_t charge = ChargeInRange(record.charge) ? record.charge : 0;
+  return stem + "." + scan + "." + scan + "." + std::to_string(charge);
 }

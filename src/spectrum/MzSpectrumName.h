@@ -9,8 +9,8 @@
 // in their identification lists.
 std::string MzSpectrumName(const CMzRecord& record, const std::string& stem);
 
-// Scan number of a native ID: the value of scan=, index= plus one, or
-// spectrum=, in that preference; empty when the ID has none of them.
+// Scan number of a native ID: the value of scan=, scanId=, index= plus one,
+// or spectrum=, in that preference; empty when the ID has none of them.
 std::string ScanOfNativeId(const std::string& nativeId);
 
 // File name without folder and without a final ".gz": a compressed file is

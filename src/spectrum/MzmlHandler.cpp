@@ -25,8 +25,12 @@ class CMzmlHandler : public CMzHandler {
     } else if (name == "referenceableParamGroupRef") {
       const char* ref = CXmlEventStream::Attribute(attributes, "ref");
       const auto found = ref ? groups_.find(ref) : groups_.end();
-      if (found != groups_.end())
-        for (const auto& [accession, value] : found->second) Apply(accession, value);
+      // A copy: a group that names itself inside its own definition grows
+      // while its parameters are applied.
+      if (found != groups_.end()) {
+        const CParams params = found->second;
+        for (const auto& [accession, value] : params) Apply(accession, value);
+      }
     } else if (name == "referenceableParamGroup") {
       const char* id = CXmlEventStream::Attribute(attributes, "id");
       group_ = &groups_[id ? id : ""];
@@ -96,7 +100,7 @@ class CMzmlHandler : public CMzHandler {
       if (accession == "MS:1000744" || (accession == "MS:1000040" && record_.precursorMz == 0.0))
         record_.precursorMz = std::atof(value.c_str());
       else if (accession == "MS:1000041")
-        record_.charge = std::atoi(value.c_str());
+        record_.charge = std::strtoll(value.c_str(), nullptr, 10);
     } else if (precursors_ == 0) {
       if (accession == "MS:1000511") record_.msLevel = std::atoi(value.c_str());
       else if (accession == "MS:1000128") record_.profile = true;

@@ -25,14 +25,15 @@ class CMzxmlHandler : public CMzHandler {
       scan.msLevel = level ? std::atoi(level) : 0;
       scan.profile = centroided && std::strcmp(centroided, "0") == 0;
       scan.interleaved = true;
-      // Two values a peak; an absurd count can only fail the length check, not overflow.
-      scan.mz.expectedLength = count ? 2 * std::clamp<int64_t>(std::atoll(count), -1, int64_t{1} << 40) : -1;
+      // Two values a peak; an absurd count can only fail the length check, not
+      // overflow, and a negative one fails it too (it is not "not stated").
+      scan.mz.expectedLength = count ? 2 * std::clamp<int64_t>(std::strtoll(count, nullptr, 10), -1, int64_t{1} << 40) : -1;
       precursors_.push_back(0);
     } else if (open_.empty()) {
       return;
     } else if (name == "precursorMz" && ++precursors_.back() == 1) {
       const char* charge = CXmlEventStream::Attribute(attributes, "precursorCharge");
-      open_.back().charge = charge ? std::atoi(charge) : 0;
+      open_.back().charge = charge ? std::strtoll(charge, nullptr, 10) : 0;
       precursorText_.clear();
       inPrecursor_ = true;
     } else if (name == "peaks") {

@@ -218,6 +218,29 @@ TEST_F(CommandLine, PepXmlUpdatesATableBesideTheLibraryAndAnEmptyLibraryIsIncomp
   EXPECT_TRUE(Has(result.output, "    mass table   " + (dir / "demo_MassTable.ini") + "\n"));
 }
 
+TEST_F(CommandLine, QueryDatasetsThatYieldNoSpectrumAreFailedInputs) {
+  // An empty file; an mzML file whose only spectrum can't be decoded.
+  const std::pair<const char*, const char*> cases[] = {
+      {"mgf", ""},
+      {"mzml", "<mzML><run><spectrumList><spectrum index=\"0\" id=\"scan=1\" defaultArrayLength=\"1\">"
+               "<cvParam accession=\"MS:1000511\" value=\"2\"/><binaryDataArrayList>"
+               "<binaryDataArray><cvParam accession=\"MS:1000514\"/><binary>@@@</binary></binaryDataArray>"
+               "<binaryDataArray><cvParam accession=\"MS:1000515\"/><binary>AAAA</binary></binaryDataArray>"
+               "</binaryDataArrayList></spectrum></spectrumList></run></mzML>\n"}};
+  for (const auto& [format, content] : cases) {
+    SCOPED_TRACE(format);
+    testutil::TempDir dir;
+    CopyDemo(dir, {{"query_dataset_format", format}, {"query_dataset_pathname_1", "queries"}});
+    WriteFile(dir / "queries", content);
+    const auto result = RunProgram(kProgram, "", elsewhere_.path().string(), {"run", dir / "run.conf"});
+    EXPECT_EQ(result.exitCode, 3) << result.output;
+    EXPECT_TRUE(Has(result.output, "[Warning]: not one spectrum could be read from " + (dir / "queries") + ".\n"))
+        << result.output;
+    EXPECT_TRUE(Has(result.output, "Incomplete: 1 input could not be read"));
+    EXPECT_EQ(ReadFile(dir / "queries"), content);
+  }
+}
+
 TEST_F(CommandLine, FdrOverShardsRanksAsOneRun) {
   testutil::TempDir dir;
   CopyDemo(dir);

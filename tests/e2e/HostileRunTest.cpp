@@ -119,6 +119,18 @@ const HostileCase kCases[] = {
     {"list is a FIFO", {{"identification_filename_1", "@/fifo.txt"}},
      [](const fs::path& dir) { ::mkfifo((dir / "fifo.txt").c_str(), 0644); }, nullptr, 1,
      {"names @/fifo.txt" + kNotRegular}},
+    {"an mzML file given as MGF query dataset", {{"query_dataset_pathname_1", "@/q.mgf"}},
+     [](const fs::path& dir) { testutil::WriteFile(dir / "q.mgf", "<?xml version=\"1.0\"?>\n<indexedmzML>"); },
+     nullptr, 1,
+     {"[Error]: \"query_dataset_pathname_1\" in section \"search\" names @/q.mgf, which is not an MGF file as "
+      "\"query_dataset_format\" in section \"search\" says: it is an mzML file. Nothing was read."}},
+    {"an image given as MGF library dataset", {{"library_dataset_pathname_2", "@/lib_run2.png"}},
+     [](const fs::path& dir) { testutil::WriteFile(dir / "lib_run2.png", "\x89PNG\r\n\x1a\n\x00\x00"); },
+     nullptr, 1, {"names @/lib_run2.png, which is not an MGF file as \"library_dataset_format\""}},
+    {"a mass table of garbage", {},
+     [](const fs::path& dir) { testutil::WriteFile(dir / "MassTable.ini", "[AA]\nG = x\nhello\n"); }, nullptr, 255,
+     {"Error when reading \"MassTable.ini\".\n[Error]: the mass table lacks the residue masses of "
+      "ACDEFGHIKLMNPQRSTVWY, H2O, Proton, glycans"}},
     {"configuration is /dev/zero", {}, nullptr, "/dev/zero", 255,
      {"Error when reading \"/dev/zero\"."}},
     {"a misspelled modification_remove builds an empty library",

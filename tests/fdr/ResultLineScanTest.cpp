@@ -59,12 +59,12 @@ TEST(ResultLineScan, TakesItsFieldsAsTheScanFormatDoes) {
 }
 
 TEST(ResultLineScan, ChargesNoSpectrumCarriesReadAsUnknown) {
-  for (const char* charge : {"101", "2000000000", "-3"}) {
+  for (const char* charge : {"21", "2000000000", "-3"}) {
     SCOPED_TRACE(charge);
     EXPECT_EQ(ScanResultLine(Line(5, charge)).charge, 0);
     EXPECT_EQ(ScanResultLineWithFormat(Line(5, charge)).charge, 0);
   }
-  EXPECT_EQ(ScanResultLine(Line(5, "100")).charge, kHighestResultCharge);
+  EXPECT_EQ(ScanResultLine(Line(5, "20")).charge, kMaxPrecursorCharge);
 }
 
 }  // namespace

@@ -44,7 +44,7 @@ TEST(DatasetIOPoolTest, PrefixesEndAtTheLastPointOfTheFileName) {
 
 TEST(DatasetIOPoolTest, OpenPrintsTheDatasetsAndIndexesEach) {
   testutil::TempDir dir;
-  testutil::WriteFile(dir / "a.mgf", "BEGIN IONS\nTITLE=a.1.1.2\nPEPMASS=300\n100 1\nEND IONS\n");
+  testutil::WriteFile(dir / "a.mgf", "BEGIN IONS\nTITLE=a.1.1.2\nCHARGE=2+\nPEPMASS=300\n100 1\nEND IONS\n");
   testutil::WriteFile(dir / "b.2.2.1.dta", "500 1\n100 2\n");
   CDatasetIOPool pool;
   testing::internal::CaptureStdout();

@@ -25,6 +25,11 @@ TEST(DtaIOTest, SingleFileYieldsOneSpectrumNamedWithoutDirectories) {
   ASSERT_EQ(s.peaks.size(), 3u);  // the last line needs no line end
   EXPECT_EQ(s.peaks[2].mz, 300.3);
   EXPECT_EQ(s.peaks[2].intensity, 7.0);
+  // A charge beyond belief reads as none.
+  for (const char* first : {"1000.5 -2\n", "1000.5 2000000000\n"}) {
+    testutil::WriteFile(dir / "y.dta", std::string(first) + "100 1\n");
+    EXPECT_EQ(Load(1, dir / "y.dta").spectra.at(0).charge, 0u) << first;
+  }
 }
 
 TEST(DtaIOTest, DirectoryListsDtaFilesByNameWithOrWithoutTrailingSeparator) {

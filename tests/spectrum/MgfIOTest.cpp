@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -17,7 +18,7 @@ std::string Block(const std::string& title, const std::string& header, const std
 }
 }  // namespace
 
-TEST(MgfIO, TitlesInByteOrderPersistingChargeAndHeaderLines) {
+TEST(MgfIO, TitlesInByteOrderChargeAndHeaderLines) {
   testutil::TempDir dir;
   const std::string path = dir / "run.mgf";
   testutil::WriteFile(path, "MASS=Monoisotopic\n" +
@@ -39,9 +40,9 @@ TEST(MgfIO, TitlesInByteOrderPersistingChargeAndHeaderLines) {
     EXPECT_EQ(s.peaks[i].intensity, (i + 1) * 10.0);
     EXPECT_EQ(s.peaks[i].type * 10 + s.peaks[i].count, 41);
   }
-  // "10" has no CHARGE line: it keeps the charge of the block read before it.
-  EXPECT_EQ(mgf.spectra[1].charge, 2u);
-  EXPECT_DOUBLE_EQ(mgf.spectra[1].precursorMass, MhOf(600, 2));
+  // "10" has no CHARGE line: no charge, whatever the block read before it had.
+  EXPECT_EQ(mgf.spectra[1].charge, 0u);
+  EXPECT_DOUBLE_EQ(mgf.spectra[1].precursorMass, MhOf(600, 0));
   EXPECT_EQ(mgf.spectra[2].charge, 3u);
 
   CMgfIO io;
@@ -54,21 +55,86 @@ TEST(MgfIO, TitlesInByteOrderPersistingChargeAndHeaderLines) {
   EXPECT_EQ(one.back().name, "1");
 }
 
-TEST(MgfIO, TitleRulesOfTheIndexer) {
+TEST(MgfIO, BlocksOfRealWritersKeepTheirOwnSpectrumAndAName) {
+  struct Case {
+    const char* quirk;
+    std::string content;
+    Names_ names;
+    std::vector<double> firstMz;  // in name order
+    const char* report;           // expected in the one warning line; nullptr: no warning
+  };
+  const std::string pd = "TITLE=File: \"x.raw\"; SpectrumID: \"12\"; scans: \"";
+  const Case cases[] = {
+      {"header lines outside and inside blocks",
+       "BASE PEAK M/Z=1\nTOTAL ION CURRENT=5\n" +
+           Block("a", "BASE PEAK INTENSITY=9\nCHARGE=2+\nPEPMASS=500\n", "1 1\n") +
+           "TOTAL ION CURRENT=7\nBEGIN IONS\nTOTAL ION CURRENT=3\nTITLE=b\nCHARGE=2+\nPEPMASS=5\n2 2\nEND IONS\n",
+       {"a", "b"}, {1, 2}, nullptr},
+      {"Proteome Discoverer titles",
+       Block(pd + "1501\"", "CHARGE=2+\nPEPMASS=5\n", "1 1\n") +
+           Block(pd + "1502\"", "CHARGE=3+\nPEPMASS=5\n", "2 2\n"),
+       {"t.1501.1501.2", "t.1502.1502.3"}, {1, 2}, "of 2 blocks, 2 blocks share their title with another"},
+      {"numbered titles, SCANS= before the block number",
+       Block("Spectrum 1", "CHARGE=2+\nPEPMASS=5\n", "1 1\n") +
+           Block("Spectrum 2", "SCANS=30\nCHARGE=2+\nPEPMASS=5\n", "2 2\n"),
+       {"t.1.1.2", "t.30.30.2"}, {1, 2}, "first: block 1 (line 1, title Spectrum) read as t.1.1.2; block 2"},
+      {"titles cut at controllerType=0",
+       Block("controllerType=0 controllerNumber=1 scan=7", "CHARGE=2+\nPEPMASS=5\n", "1 1\n") +
+           Block("controllerType=0 controllerNumber=1 scan=8", "CHARGE=2+\nPEPMASS=5\n", "2 2\n"),
+       {"t.7.7.2", "t.8.8.2"}, {1, 2}, "2 blocks share their title"},
+      {"no title, T lines that are not titles",
+       "BEGIN IONS\nTOL=1\nCHARGE=2+\nPEPMASS=5\n1 1\nEND IONS\n" + Block("y", "CHARGE=2+\nPEPMASS=5\n", "2 2\n"),
+       {"t.1.1.2", "y"}, {1, 2}, "of 2 blocks, 1 block has no title"},
+      {"a block left open ends at the next",
+       "BEGIN IONS\nTITLE=o\nCHARGE=2+\nPEPMASS=5\n1 1\n" + Block("p", "CHARGE=2+\nPEPMASS=5\n", "2 2\n"),
+       {"o", "p"}, {1, 2}, nullptr},
+  };
   testutil::TempDir dir;
   const std::string path = dir / "t.mgf";
-  // A title-less block lends its position to the next title, whose own block
-  // gets no entry; a T line that isn't a title keeps the title last read; a
-  // later duplicate replaces the earlier; a block cut before its title is lost.
-  testutil::WriteFile(path, "BEGIN IONS\nPEPMASS=100\n1 1\nEND IONS\n" +
-                                Block("x", "PEPMASS=200\n", "2 2\n") + Block("y", "", "3 3\n") +
-                                "BEGIN IONS\nTOL=1\n5 5\nEND IONS\n" + Block("z", "", "4 4\n") +
-                                Block("z", "", "6 6\n") + "BEGIN IONS\nPEPMASS=5\n");
-  Loaded mgf = Load(2, path);
-  ASSERT_EQ(Names(mgf.spectra), (Names_{"x", "y", "z"}));
-  EXPECT_EQ(mgf.spectra[0].peaks[0].mz, 1.0);
-  EXPECT_EQ(mgf.spectra[1].peaks[0].mz, 5.0);
-  EXPECT_EQ(mgf.spectra[2].peaks[0].mz, 6.0);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.quirk);
+    testutil::WriteFile(path, c.content);
+    testing::internal::CaptureStdout();
+    const Loaded mgf = Load(2, path);
+    const std::string printed = testing::internal::GetCapturedStdout();
+    ASSERT_EQ(Names(mgf.spectra), c.names);
+    for (std::size_t i = 0; i < c.firstMz.size(); ++i) {
+      ASSERT_FALSE(mgf.spectra[i].peaks.empty());
+      EXPECT_EQ(mgf.spectra[i].peaks[0].mz, c.firstMz[i]);
+      EXPECT_EQ(mgf.spectra[i].peaks.size(), 1u);
+    }
+    if (c.report == nullptr) {
+      EXPECT_EQ(printed, "");
+    } else {
+      EXPECT_EQ(printed.rfind("\n[Warning]: " + path + ": ", 0), 0u) << printed;
+      EXPECT_NE(printed.find(c.report), std::string::npos) << printed;
+      EXPECT_EQ(std::count(printed.begin(), printed.end(), '\n'), 2) << printed;
+    }
+  }
+}
+
+TEST(MgfIO, MissingOrAbsurdChargeAndPrecursorAreNotBorrowed) {
+  testutil::TempDir dir;
+  const std::string path = dir / "c.mgf";
+  testutil::WriteFile(path, Block("a", "CHARGE=3+\nPEPMASS=500\n", "1 1\n") + Block("b", "PEPMASS=600\n", "1 1\n") +
+                                Block("c", "CHARGE=2+\n", "1 1\n") +
+                                Block("d", "CHARGE=2000000000+\nPEPMASS=700\n", "1 1\n") +
+                                Block("e", "CHARGE=-2\nPEPMASS=700\n", "1 1\n"));
+  testing::internal::CaptureStdout();
+  const Loaded mgf = Load(2, path);
+  const std::string printed = testing::internal::GetCapturedStdout();
+  ASSERT_EQ(Names(mgf.spectra), (Names_{"a", "b", "c", "d", "e"}));
+  const uint32_t charges[] = {3, 0, 2, 0, 0};
+  const double masses[] = {MhOf(500, 3), MhOf(600, 0), MhOf(0, 2), MhOf(700, 0), MhOf(700, 0)};
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(mgf.spectra[i].charge, charges[i]) << i;
+    EXPECT_DOUBLE_EQ(mgf.spectra[i].precursorMass, masses[i]) << i;
+  }
+  EXPECT_NE(printed.find("of 5 blocks, 1 block has no CHARGE, 2 blocks have a charge outside 1 to 20 (read as 0), "
+                         "1 block has no PEPMASS; first: block 2 (line 8, title b); block 3 (line 14, title c); "
+                         "block 4 (line 20, title d)\n"),
+            std::string::npos)
+      << printed;
 }
 
 TEST(MgfIO, CrlfFailingPeakLinesAndBrokenBlocks) {
@@ -124,7 +190,10 @@ TEST(MgfIO, WriterBlockAndItsChangeOfTheRecord) {
       "BEGIN IONS\nSpectrumName=n1\nCHARGE=2+\nPEPMASS=800\nPeaks=1\n100.123 1.23457e+06\n"
       "END IONS\n\n";
   EXPECT_EQ(testutil::ReadFile(dir / "w.mgf"), block + block);
-  EXPECT_EQ(Load(2, dir / "w.mgf").count, 0u);  // no TITLE line: nothing to index
+  // No TITLE line: the blocks are named by their number.
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(Names(Load(2, dir / "w.mgf").spectra), (Names_{"w.1.1.2", "w.2.2.2"}));
+  testing::internal::GetCapturedStdout();
 
   testing::internal::CaptureStdout();
   io.OpenWrite(dir / "no/such/w.mgf");

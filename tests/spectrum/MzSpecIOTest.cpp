@@ -74,8 +74,10 @@ TEST(MzSpecIOTest, NamesPrecursorAndPeaksOfMzmlSpectra) {
       {"controllerType=0 controllerNumber=1 scan=17", kMs2, kMz500 + Charge(2), "f.v1.17.17.2", 2},
       {"index=4", kMs2, kMz500 + Charge(3), "f.v1.5.5.3", 3},
       {"spectrum=9", kMs2, kMz500, "f.v1.9.9.0", 0},
-      // A style without scan=, index= or spectrum= takes the index attribute, plus one.
-      {"scanId=12", kMs2, kMz500 + Charge(2), "f.v1.5.5.2", 2},
+      // Agilent and ms_deisotope write scanId=; a style without any of the
+      // known keys takes the index attribute, plus one.
+      {"scanId=12", kMs2, kMz500 + Charge(2), "f.v1.12.12.2", 2},
+      {"frame=12", kMs2, kMz500 + Charge(2), "f.v1.6.6.2", 2},
       {"scan=30", "<referenceableParamGroupRef ref=\"msn\"/>", kMz500 + Charge(2), "f.v1.30.30.2", 2},
       {"scan=31", kMs2 + Title("  run7.3.3.2 File:&quot;x.raw&quot;"), kMz500 + Charge(2), "run7.3.3.2", 2},
       {"scan=32", kMs2 + Title(" "), kMz500 + Charge(4), "f.v1.32.32.4", 4},
@@ -177,6 +179,37 @@ TEST(MzSpecIOTest, DamagedFilesEndInAMessageNamingTheFile) {
   EXPECT_LE(damaged.loaded.spectra.size(), 1u);
 }
 
+TEST(MzSpecIOTest, HostileValuesAreBoundedOrRefused) {
+  testutil::TempDir dir;
+  // A parameter group that names itself inside its own definition, used by a
+  // spectrum; charges beyond belief read as 0.
+  const std::string selfReferencing =
+      "<mzML><referenceableParamGroupList count=\"1\"><referenceableParamGroup id=\"a\">" + kMs2 +
+      "<referenceableParamGroupRef ref=\"a\"/><cvParam accession=\"MS:1000127\" value=\"\"/>"
+      "<referenceableParamGroupRef ref=\"a\"/></referenceableParamGroup></referenceableParamGroupList>"
+      "<run id=\"r\"><spectrumList count=\"3\">" +
+      Spectrum(0, "scan=1", "<referenceableParamGroupRef ref=\"a\"/>", kMz500 + Charge(2)) +
+      Spectrum(1, "scan=2", kMs2, kMz500 + Charge(2000000000)) + Spectrum(2, "scan=3", kMs2, kMz500 + Charge(-3)) +
+      "</spectrumList></run></mzML>";
+  testutil::WriteFile(dir / "g.mzML", selfReferencing);
+  const Captured mzml = LoadCapturing(kMzml, dir / "g.mzML");
+  EXPECT_EQ(spectest::Names(mzml.loaded.spectra), (std::vector<std::string>{"g.1.1.2", "g.2.2.0", "g.3.3.0"}));
+  EXPECT_NE(mzml.output.find("2 MS2 spectra have a charge outside 1 to 20; it is read as 0"), std::string::npos)
+      << mzml.output;
+  // A negative peak count is a count the file got wrong, not a missing one.
+  const std::string scan = "<mzXML><msRun><scan num=\"5\" msLevel=\"2\" peaksCount=\"-1\">"
+                           "<precursorMz precursorCharge=\"99\">500</precursorMz><peaks precision=\"32\" "
+                           "byteOrder=\"network\">QskAAEEgAABDSEAAQaQAAA==</peaks></scan></msRun></mzXML>";
+  testutil::WriteFile(dir / "n.mzXML", scan);
+  const Captured mzxml = LoadCapturing(kMzxml, dir / "n.mzXML");
+  EXPECT_EQ(mzxml.loaded.count, 1u);
+  EXPECT_TRUE(mzxml.loaded.spectra.empty());
+  EXPECT_NE(mzxml.output.find("Unable to load spectrum n.5.5.0 of " + (dir / "n.mzXML") +
+                              ": the file announces a negative count of values"),
+            std::string::npos)
+      << mzxml.output;
+}
+
 TEST(MzSpecIOTest, RealFilesOfSeveralWriters) {
   SKIP_WITHOUT_REALDATA();
   const std::string folder = testutil::RealData("mzml");
@@ -209,7 +242,7 @@ TEST(MzSpecIOTest, RealFilesOfSeveralWriters) {
        0, 33, 56.9623},
       // Unsorted m/z, unknown CV terms, scanId= IDs, count above the spectra present.
       {"20150710_3um_AGP_001_29_30.preprocessed.mzML.gz", 255,
-       "20150710_3um_AGP_001_29_30.preprocessed.10.10.4", 4, 88, 55.0546},
+       "20150710_3um_AGP_001_29_30.preprocessed.1740086.1740086.4", 4, 623, 55.0176},
       {"diameter_test.mzXML", 80, "diameter_test.10.10.0", 0, 267, 149.045},
       {"BSA_min_21.mzXML", 82, "BSA_min_21.10.10.2", 2, 320, 156.94},
       // Version 2, MS2 nested in MS1, stale index.

@@ -39,6 +39,8 @@ TEST(RealDataTest, FirstSpectrumOfEachFile) {
       {2, "jmzReader/strange_eol.mgf", 5, "O070512-03.10.2581.1.dta", 1, 610.18384, 1172, 172.89},
       {2, "glycopeptide_feature_learning/test1.mgf", 1, nullptr, 5, MhOf(914.003597, 5), 835,
        120.080574036},
+      // "Spectrum 1", "Spectrum 2": titles that share their first word, named by scan or block.
+      {2, "pyteomics/test.mgf", 2, "test.1.1.2", 2, MhOf(983.6, 2), 6, 846.60},
       // '#' lines inside the peak list repeat the peak before them (twice).
       {2, "MetaMorpheus/22-12-14_EclipseOglyco_EThcD_150ms_calRxn_17360.mgf", 1, nullptr, 4,
        MhOf(976.7354, 4), 1052, 0.0},

@@ -38,7 +38,7 @@ TEST(TruncatedInputTest, CutsKeepTheWholeSpectraBeforeThem) {
       {2, "",
        {"BEGIN IONS\r\nTITLE=a.1.1.2\r\nCHARGE=2+\r\nPEPMASS=500.5 10\r\n100 1\r\n200,2\r\n"
         "END IONS\r\n",
-        "BEGIN IONS\nTITLE=b.2.2.3\nPEPMASS=600\n300\t3\n# note\n400 4 1\nEND IONS\n",
+        "BEGIN IONS\nTITLE=b.2.2.3\nCHARGE=3+\nPEPMASS=600\n300\t3\n# note\n400 4 1\nEND IONS\n",
         "BEGIN IONS\nTITLE=c.3.3.2\nCHARGE=3+\nPEPMASS=700\n500 5\nEND IONS\n"}},
       {0, "",
        {"ID=1\nSpectrumName=1\nSequence=AJK\nModifications=2,Deamidated[N];\n"

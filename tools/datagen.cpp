@@ -388,6 +388,8 @@ int main(int argc, char** argv) {
     for (std::size_t start = 0, n = 1; start < markedPeptides; start += perProtein, ++n) {
       std::string sequence = "M";
       for (std::size_t i = start; i < std::min(markedPeptides, start + perProtein); ++i) {
+        // The site forms of a peptide with several sequons stand in their protein once.
+        if (i > 0 && peptides[i].sequons.size() > 1 && peptides[i].sequence == peptides[i - 1].sequence) continue;
         for (int k = rng.Int(3, 12); k > 0; --k) sequence += RandomResidue(rng);
         sequence += rng.Chance(0.5) ? 'K' : 'R';
         sequence += peptides[i].sequence;

@@ -36,6 +36,11 @@ std::string FormatSummary(const CRunSummary& s) {
     text += Row("dropped: no mark", r.noMark);
     text += Row("dropped: mark not on a sequon", r.notOnSequon);
     text += Row("dropped: below the probability", r.belowProbability);
+    if (const CFollowingCounts& f = s.built.following; f.used) {
+      text += Row("peptides placed in the FASTA file", f.placed, " (residues after them known)");
+      text += Row("peptides not in the FASTA file", f.missing, " (kept as listed)");
+      text += Row("peptides placed ambiguously", f.differing, " (different residues after; kept as listed)");
+    }
     text += Row("spectra not found", s.built.spectraNotFound);
     text += Row("library peptides", s.built.peptides);
     text += Row("entries written", s.built.entriesWritten,
@@ -86,6 +91,11 @@ std::string SummaryJson(const CRunSummary& s) {
                             {"seconds", s.constructionSeconds},
                             {"library", s.library},
                             {"companion", s.companion}};
+    if (const CFollowingCounts& f = s.built.following; f.used) {
+      json["construction"]["peptides_placed_in_fasta"] = f.placed;
+      json["construction"]["peptides_not_in_fasta"] = f.missing;
+      json["construction"]["peptides_placed_ambiguously"] = f.differing;
+    }
   }
   if (s.search) {
     const CSearchCounts& q = s.searched;

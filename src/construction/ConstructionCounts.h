@@ -1,6 +1,7 @@
 #pragma once
 #include <cstdint>
 
+#include "construction/FollowingResidues.h"
 #include "idlist/ListCounts.h"
 
 // What the construction stage saw, for the run summary.
@@ -9,4 +10,5 @@ struct CConstructionCounts {
   uint64_t spectraNotFound = 0;    // kept records whose spectrum could not be read
   uint64_t peptides = 0;           // library peptides (one site each)
   uint64_t entriesWritten = 0;     // library entries, targets and decoys
+  CFollowingCounts following;      // residues after the peptides, from the FASTA file
 };

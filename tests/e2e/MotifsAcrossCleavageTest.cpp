@@ -3,7 +3,10 @@
 // only with the key, and its glycopeptide is found only then.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <map>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +16,7 @@
 namespace {
 
 using testutil::Fields;
+using testutil::ReadFile;
 using testutil::ReadLines;
 using testutil::WriteFile;
 
@@ -164,6 +168,64 @@ TEST(MotifsAcrossCleavage, SequonAfterThePeptideIsASiteOnlyWithTheKey) {
   EXPECT_EQ(missing.exitCode, 1) << missing.output;
   EXPECT_NE(missing.output.find("protein_database"), std::string::npos) << missing.output;
   EXPECT_FALSE(testutil::FileExists(run.dir / "lib.quolib"));
+}
+
+// The generator's site traps: the truth names a sequon of the peptide as the
+// site, the lists leave some occupied sites unmarked, and a glycopeptide whose
+// sequon spans the cleavage is found right (peptide, glycan, site) only with the key.
+TEST(MotifsAcrossCleavage, GeneratedSiteTrapsAndCrossCleavageGlycopeptides) {
+  testutil::TempDir dir;
+  const std::string bin = dir / "bin", data = dir / "data";
+  std::filesystem::create_directories(bin);
+  const std::string exe = testutil::InstallProgram(bin);
+  ASSERT_EQ(testutil::RunProgram(QUORIN_DATAGEN, "", ".",
+                                 {"sites", data, "--peptides", "300", "--queries", "3000", "--seed", "5",
+                                  "--masstable", bin + "/MassTable.ini"})
+                .exitCode, 0);
+  std::string proteins;
+  for (const std::string& line : ReadLines(data + "/sites_proteins.fasta"))
+    if (line.rfind('>', 0) != 0) proteins += line;
+  std::map<std::string, std::vector<std::string>> cross;  // query: its truth line
+  int unmarkedSites = 0;
+  for (const std::string& line : ReadLines(data + "/truth.tsv")) {
+    const std::vector<std::string> t = Fields(line);
+    if (t.size() != 12 || t[6] == "0" || t[6] == "Site") continue;
+    const std::string site = t[6], sequons = ";" + t[9] + ";", marked = ";" + t[10] + ";";
+    EXPECT_NE(sequons.find(";" + site + ";"), std::string::npos) << line;
+    if (t[8] == "yes" && marked.find(";" + site + ";") == std::string::npos) ++unmarkedSites;
+    if (t[11] != "yes") continue;
+    EXPECT_EQ(site, std::to_string(t[2].size() - 1)) << line;
+    if (t[8] == "yes") {
+      const std::size_t at = proteins.find(t[2]);
+      ASSERT_NE(at, std::string::npos) << line;
+      EXPECT_NE(std::string("ST").find(proteins.at(at + t[2].size())), std::string::npos) << line;
+      cross[t[0]] = t;
+    }
+  }
+  EXPECT_GT(unmarkedSites, 20);
+  ASSERT_GT(cross.size(), 40u);
+
+  // Right lines of those queries at FDR <= 1 %, with the key or without.
+  auto found = [&](const std::string& key) {
+    std::string conf = ReadFile(data + "/sites.conf");
+    conf.replace(conf.find("[search]"), 8, key + "[search]");
+    testutil::WriteFile(data + "/run.conf", conf);
+    const testutil::RunResult run = testutil::RunProgram(exe, "", ".", {"run", data + "/run.conf"});
+    EXPECT_EQ(run.exitCode, 0) << run.output;
+    int right = 0;
+    for (const std::string& line : ReadLines(data + "/sites_result.txt")) {
+      const std::vector<std::string> f = Fields(line);
+      const auto t = cross.find(f[0]);
+      if (t == cross.end() || f.size() != 28 || std::atof(f[27].c_str()) > 0.01) continue;
+      std::string sequence = f[5];
+      std::replace(sequence.begin(), sequence.end(), 'J', 'N');
+      right += sequence == t->second[2] && f[6] == t->second[7] && f[9] == t->second[4] && f[10] == t->second[6];
+    }
+    return right;
+  };
+  EXPECT_EQ(found(""), 0);
+  const int keyed = found("motifs_across_cleavage = yes\n");
+  EXPECT_GT(keyed * 2, static_cast<int>(cross.size())) << keyed << " of " << cross.size();
 }
 
 }  // namespace

@@ -97,6 +97,7 @@ int RunCommand(const CRunOptions& options) {
       summary.fdrSeconds = Timed([&] { summary.ranked = RunFdr(param.search); });
     }
   }
+  if (!summary.qvalues.empty()) summary.glycopeptideQ = CountQValueTargets(summary.qvalues);
   // A pepXML list may have moved the run onto its updated table.
   summary.massTable = param.search.enabled ? param.search.mass_table_filename
                                            : param.construction.mass_table_filename;

@@ -124,8 +124,9 @@ std::vector<std::string> UnreadableInputs(const CParam& param) {
       lanvek = lanvek || c.identification_files[i].format == kLanvekFormat;
     }
     CheckDatasets(c.library_datasets, "library_dataset_pathname_", "construction", problems);
-    // The FASTA file is read for Lanvek lists only.
-    if (lanvek)
+    // The FASTA file is read for Lanvek lists, and for the residues after the
+    // peptides of the other lists when asked.
+    if (lanvek || c.motifs_across_cleavage)
       CheckInput(Key("protein_database", "construction"), c.protein_database, false, problems);
   }
   if (s.enabled) {

@@ -38,6 +38,11 @@ std::string FormatSummary(const CRunSummary& s) {
     text += Row("dropped: no mark", r.noMark);
     text += Row("dropped: mark not on a sequon", r.notOnSequon);
     text += Row("dropped: below the probability", r.belowProbability);
+    if (const CFollowingCounts& f = s.built.following; f.used) {
+      text += Row("peptides placed in the FASTA file", f.placed, " (residues after them known)");
+      text += Row("peptides not in the FASTA file", f.missing, " (kept as listed)");
+      text += Row("peptides placed ambiguously", f.differing, " (different residues after; kept as listed)");
+    }
     text += Row("spectra not found", s.built.spectraNotFound);
     text += Row("library peptides", s.built.peptides);
     text += Row("entries written", s.built.entriesWritten,
@@ -54,8 +59,16 @@ std::string FormatSummary(const CRunSummary& s) {
                     std::to_string(s.searched.decoys) + " decoys)");
     if (s.searched.damagedPeaks > 0) text += Row("damaged peaks dropped", s.searched.damagedPeaks);
     text += Heading("FDR", s.fdrSeconds);
-    text += Row("target lines at FDR <= 1 %", s.ranked.targetsAt1);
-    text += Row("target lines at FDR <= 5 %", s.ranked.targetsAt5);
+    // With q-values they lead: the FDR column counts only the wrong peptides a
+    // reversed decoy could match as well.
+    const bool q = s.glycopeptideQ.read;
+    if (q) {
+      text += Row("targets at GlycopeptideQ <= 1 %", s.glycopeptideQ.targetsAt1);
+      text += Row("targets at GlycopeptideQ <= 5 %", s.glycopeptideQ.targetsAt5);
+    }
+    const std::string note = q ? " (FDR column: the target-decoy estimate)" : "";
+    text += Row("target lines at FDR <= 1 %", s.ranked.targetsAt1, note);
+    text += Row("target lines at FDR <= 5 %", s.ranked.targetsAt5, note);
   }
   text += "  Files\n";
   if (s.construction) {
@@ -88,6 +101,11 @@ std::string SummaryJson(const CRunSummary& s) {
                             {"seconds", s.constructionSeconds},
                             {"library", s.library},
                             {"companion", s.companion}};
+    if (const CFollowingCounts& f = s.built.following; f.used) {
+      json["construction"]["peptides_placed_in_fasta"] = f.placed;
+      json["construction"]["peptides_not_in_fasta"] = f.missing;
+      json["construction"]["peptides_placed_ambiguously"] = f.differing;
+    }
   }
   if (s.search) {
     const CSearchCounts& q = s.searched;
@@ -102,9 +120,14 @@ std::string SummaryJson(const CRunSummary& s) {
                       {"seconds", s.searchSeconds},
                       {"result", s.result}};
     if (!s.qvalues.empty()) json["search"]["qvalues"] = s.qvalues;
-    json["fdr"] = {{"targets_fdr_1", s.ranked.targetsAt1},
-                   {"targets_fdr_5", s.ranked.targetsAt5},
-                   {"seconds", s.fdrSeconds}};
+    json["fdr"] = nlohmann::ordered_json::object();
+    if (s.glycopeptideQ.read) {
+      json["fdr"]["targets_glycopeptide_q_1"] = s.glycopeptideQ.targetsAt1;
+      json["fdr"]["targets_glycopeptide_q_5"] = s.glycopeptideQ.targetsAt5;
+    }
+    json["fdr"]["targets_fdr_1"] = s.ranked.targetsAt1;
+    json["fdr"]["targets_fdr_5"] = s.ranked.targetsAt5;
+    json["fdr"]["seconds"] = s.fdrSeconds;
   }
   json["mass_table"] = s.massTable;
   if (!s.stamp.empty()) {

@@ -5,6 +5,7 @@
 
 #include "construction/ConstructionCounts.h"
 #include "fdr/FdrEstimator.h"
+#include "fdr/QValueCounts.h"
 #include "run/Param.h"
 #include "search/SearchCounts.h"
 
@@ -14,6 +15,7 @@ struct CRunSummary {
   CConstructionCounts built;
   CSearchCounts searched;
   CFdrCounts ranked;
+  CQValueCounts glycopeptideQ;  // read back from the q-value file, when written
   double constructionSeconds = 0.0, searchSeconds = 0.0, fdrSeconds = 0.0;
   std::string library, companion, massTable, result, summaryFile;
   std::string qvalues, features;  // with glycopeptide_fdr = yes

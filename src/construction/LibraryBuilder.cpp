@@ -5,6 +5,7 @@
 #include <iostream>
 #include <string>
 
+#include "construction/FollowingResidues.h"
 #include "molecule/MassTable.h"
 #include "run/Motif.h"
 #include "run/Process.h"
@@ -48,7 +49,12 @@ void CLibraryBuilder::Construct() {
   if (!library.WriteSucceeded()) ExitProgram(1);
 
   ListCounts() = CListCounts();
-  analyzer.LoadIdentified();
+  {
+    CFollowingResidues following;
+    if (param.motifs_across_cleavage) following.Install(param.protein_database);
+    analyzer.LoadIdentified();
+    counts.following = following.counts;
+  }
   counts.records = ListCounts();
   analyzer.SplitMultiSite();
   const std::size_t n = analyzer.peptides.size();

@@ -139,11 +139,29 @@ bool MarkGlycosites(CIdentifiedSpectrum& record, const std::string& residuesAfte
   return marked;
 }
 
+ResiduesAfterLookup& ResiduesAfterSource() {
+  static ResiduesAfterLookup source;
+  return source;
+}
+
 void AddIdentified(std::vector<CIdentifiedSpectrum>& list, CIdentifiedSpectrum& record,
                    const std::string& residuesAfter) {
   CListCounts& counts = ListCounts();
   ++counts.read;
-  if (MarkGlycosites(record, residuesAfter)) {
+  const std::string* after = &residuesAfter;
+  std::string looked;
+  if (residuesAfter == "00" && ResiduesAfterSource()) {
+    // The reader's record is reused for its next line: what an earlier lookup
+    // stored must not stay.
+    record.lastAA.clear();
+    // Records without the mark are dropped anyway; they need no lookup.
+    if (CarriesSiteMark(record, CParam::GetInstance().construction.modification_remove) &&
+        ResiduesAfterSource()(record.sequence, looked)) {
+      record.lastAA = looked;
+      after = &looked;
+    }
+  }
+  if (MarkGlycosites(record, *after)) {
     list.push_back(record);
     ++counts.kept;
   } else if (CarriesSiteMark(record, CParam::GetInstance().construction.modification_remove)) {

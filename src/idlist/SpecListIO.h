@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,6 +35,15 @@ bool CarriesSiteMark(const CIdentifiedSpectrum& record, const std::string& remov
 // the sites; false if none. `residuesAfter` is "00" when unknown.
 bool MarkGlycosites(CIdentifiedSpectrum& record, const std::string& residuesAfter);
 
+// Where the residues behind a peptide come from for lists that don't give them
+// (motifs_across_cleavage = yes): the lookup fills the two residues and returns
+// true, or returns false to leave the record as its list gave it. Empty: no
+// lookup, every such list passes "00".
+using ResiduesAfterLookup = std::function<bool(const std::string& sequence, std::string& residuesAfter)>;
+ResiduesAfterLookup& ResiduesAfterSource();
+
 // Appends a copy of the record, as MarkGlycosites left it, if it has a marked site.
+// A record of a list that passes "00" and carries the site mark first gets its
+// residues after from ResiduesAfterSource, when one is set.
 void AddIdentified(std::vector<CIdentifiedSpectrum>& list, CIdentifiedSpectrum& record,
                    const std::string& residuesAfter);

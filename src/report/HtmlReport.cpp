@@ -41,6 +41,19 @@ std::string CountRow(const std::string& label, std::size_t value) {
   return "<tr><th>" + EscapeHtml(label) + "</th><td>" + std::to_string(value) + "</td></tr>\n";
 }
 
+// The run's result in one sentence: the target lines at the cut that the
+// report follows, and with q-values what the FDR column would have claimed.
+std::string HeadlineHtml(const CQValues* q, const CFdrCount& fdrAt1) {
+  if (q == nullptr)
+    return "<p class=\"headline\"><strong>" + std::to_string(fdrAt1.targets) +
+           " target hits at FDR ≤ 1 %</strong> (target-decoy estimate).</p>\n";
+  return "<p class=\"headline\"><strong>" + std::to_string(q->at1.targets) +
+         " target glycopeptides at GlycopeptideQ ≤ 1 %</strong> (" + std::to_string(q->at5.targets) +
+         " at 5 %), counting wrong peptides, glycans and isotope readings. The FDR column, the "
+         "prescribed target-decoy estimate, which counts only the wrong peptides a reversed decoy could "
+         "match as well, passes " + std::to_string(fdrAt1.targets) + " at 1 %.</p>\n";
+}
+
 // Mirror-plot data of every shown hit; problems are counted into `notes`.
 void AnnotateHits(const CReportRequest& request, const std::vector<CRankedHit>& hits,
                   CHitSpectra& spectra, CReportPage& page, Json& hitNotes,
@@ -146,22 +159,27 @@ int WriteHtmlReport(const CReportRequest& request) {
   for (const CDatasetFile& dataset : request.queryDatasets)
     if (GetPathKind(dataset.pathname) == PathKind::Other)
       return Fail(dataset.pathname + " is not a regular file or folder (a device or FIFO); it is not read");
-  CRankedResults results;
-  std::string error;
-  if (!results.Read(request.resultPath, static_cast<std::size_t>(request.topN), error)) return Fail(error);
-
   std::vector<std::string> notes;
-  if (results.malformedLines > 0)
-    notes.push_back(std::to_string(results.malformedLines) +
-                    " lines of the result file lack some of the 28 columns and were left out");
   std::string note;
   const Json summary = ReadRunSummary(request.summaryPath, note);
   if (!note.empty()) notes.push_back(note);
   const std::string mixed = MixedRunProblem(
       summary, request.summaryPath, {{"result", request.resultPath}, {"qvalues", request.qvaluesPath}});
   if (!mixed.empty()) return Fail(mixed);
+  note.clear();
   const CQValues qvalues = ReadQValues(request.qvaluesPath, note);
   if (!note.empty()) notes.push_back(note);
+  // With glycopeptide q-values the report follows them: the FDR column counts
+  // only the wrong peptides a reversed decoy could match as well.
+  const bool byQ = !qvalues.glycopeptideQ.empty();
+  CRankedResults results;
+  std::string error;
+  if (!results.Read(request.resultPath, static_cast<std::size_t>(request.topN), error,
+                    byQ ? &qvalues.glycopeptideQ : nullptr))
+    return Fail(error);
+  if (results.malformedLines > 0)
+    notes.push_back(std::to_string(results.malformedLines) +
+                    " lines of the result file lack some of the 28 columns and were left out");
 
   for (const CDatasetFile& dataset : request.queryDatasets)
     if (GetPathKind(dataset.pathname) == PathKind::Missing)
@@ -178,22 +196,29 @@ int WriteHtmlReport(const CReportRequest& request) {
   const CFdrCount at1 = CountAtFdr(results.all, 0.01), at5 = CountAtFdr(results.all, 0.05);
   const CFdrCount total = CountAtFdr(results.all, 1.0);
   page.title = "QuorinGlyco report: " + std::filesystem::path(request.resultPath).filename().string();
+  const std::string cut = byQ ? "GlycopeptideQ ≤ 1 %" : "FDR ≤ 1 %";
   page.introHtml = "<p>Result file <code>" + EscapeHtml(request.resultPath) + "</code>, reported " +
                    EscapeHtml(NowText()) + ". Hits shown: " +
-                   (request.topN > 0 ? "the first " + std::to_string(request.topN)
-                                     : std::string("all at FDR &le; 1 %")) + ".</p>\n";
+                   (request.topN > 0 ? "the first " + std::to_string(request.topN) : "all at " + cut) +
+                   ".</p>\n" + HeadlineHtml(byQ ? &qvalues : nullptr, at1);
   for (const std::string& text : notes) {
     page.notesHtml += "<p class=\"note\">" + EscapeHtml(text) + "</p>\n";
     std::cout << "Report warning: " << text << std::endl;
   }
-  page.countsHtml = "<table class=\"facts\"><caption>from the files</caption>\n" +
+  const std::string fdrLabel = byQ ? " (target-decoy estimate)" : "";
+  page.countsHtml = "<table class=\"facts\"><caption>From the files</caption>\n" +
                     CountRow("library entries", spectra.LibraryEntryCount()) +
                     CountRow("result lines", results.all.size()) +
-                    CountRow("targets", total.targets) + CountRow("decoys", total.decoys) +
-                    CountRow("targets at FDR 1 %", at1.targets) +
-                    CountRow("decoys at FDR 1 %", at1.decoys) +
-                    CountRow("targets at FDR 5 %", at5.targets) +
-                    CountRow("decoys at FDR 5 %", at5.decoys) + "</table>\n";
+                    CountRow("targets", total.targets) + CountRow("decoys", total.decoys);
+  if (byQ)
+    page.countsHtml += CountRow("targets at GlycopeptideQ 1 %", qvalues.at1.targets) +
+                       CountRow("decoys at GlycopeptideQ 1 %", qvalues.at1.decoys) +
+                       CountRow("targets at GlycopeptideQ 5 %", qvalues.at5.targets) +
+                       CountRow("decoys at GlycopeptideQ 5 %", qvalues.at5.decoys);
+  page.countsHtml += CountRow("targets at FDR 1 %" + fdrLabel, at1.targets) +
+                     CountRow("decoys at FDR 1 %" + fdrLabel, at1.decoys) +
+                     CountRow("targets at FDR 5 %" + fdrLabel, at5.targets) +
+                     CountRow("decoys at FDR 5 %" + fdrLabel, at5.decoys) + "</table>\n";
   page.summaryHtml = summary.is_null() ? "<p>No run summary (<code>" + EscapeHtml(request.summaryPath) +
                                              "</code>): the counts are taken from the files.</p>\n"
                                        : SummaryTablesHtml(summary);
@@ -206,13 +231,14 @@ int WriteHtmlReport(const CReportRequest& request) {
     // With a q-value file: its four values for the hit's query, after the rank.
     if (!qvalues.curves.is_null()) {
       const auto found = qvalues.byQuery.find(hit.fields[resultcol::kQuery]);
-      row.push_back(found != qvalues.byQuery.end() ? Json(found->second) : Json(std::vector<std::string>(4)));
+      row.push_back(found != qvalues.byQuery.end() ? Json(found->second) : Json(std::vector<std::string>(kQValueHitColumns.size())));
     }
     hits.push_back(std::move(row));
   }
   const Json data = {{"hits", std::move(hits)},
                      {"notes", hitNotes},
-                     {"cut", request.topN > 0 ? "first " + std::to_string(request.topN) : "FDR ≤ 1 %"},
+                     {"cut", request.topN > 0 ? "first " + std::to_string(request.topN) : cut},
+                     {"followsQ", byQ},
                      {"histogram", ScoreHistogram(results.all, kHistogramBins)},
                      {"fdr", FdrCurve(results.all)},
                      {"qvalues", qvalues.curves}};

@@ -27,7 +27,8 @@ bool ToDouble(const std::string& text, double& value) {
 }
 }  // namespace
 
-bool CRankedResults::Read(const std::string& path, std::size_t topN, std::string& error) {
+bool CRankedResults::Read(const std::string& path, std::size_t topN, std::string& error,
+                          const std::map<std::string, double>* glycopeptideQ) {
   shown.clear();
   all.clear();
   malformedLines = 0;
@@ -59,7 +60,11 @@ bool CRankedResults::Read(const std::string& path, std::size_t topN, std::string
     }
     point.decoy = fields[resultcol::kTargetDecoy] == "D";
     all.push_back(point);
-    const bool keep = topN > 0 ? all.size() <= topN : point.fdr <= kDefaultFdrCut;
+    bool keep = topN > 0 ? all.size() <= topN : point.fdr <= kDefaultFdrCut;
+    if (topN == 0 && glycopeptideQ != nullptr) {
+      const auto found = glycopeptideQ->find(fields[resultcol::kQuery]);
+      keep = found != glycopeptideQ->end() && found->second <= kDefaultFdrCut;
+    }
     if (keep) shown.push_back({all.size(), fields, point.score, point.fdr, point.decoy});
   }
   return true;

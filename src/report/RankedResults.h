@@ -1,5 +1,6 @@
 #pragma once
 #include <cstddef>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -33,10 +34,12 @@ enum : std::size_t {
 
 class CRankedResults {
  public:
-  // Reads the ranked file. `topN` 0 keeps the hits at FDR <= 1 %, else the
-  // first topN lines. False, with `error` set, when the file can't be read or
-  // is not ranked yet (no FDR column).
-  bool Read(const std::string& path, std::size_t topN, std::string& error);
+  // Reads the ranked file. `topN` 0 keeps the hits at FDR <= 1 %, or, given
+  // the glycopeptide q-values by query, those at GlycopeptideQ <= 1 % (a line
+  // without one is not kept); else the first topN lines. False, with `error`
+  // set, when the file can't be read or is not ranked yet (no FDR column).
+  bool Read(const std::string& path, std::size_t topN, std::string& error,
+            const std::map<std::string, double>* glycopeptideQ = nullptr);
 
   std::vector<CRankedHit> shown;
   std::vector<CScorePoint> all;

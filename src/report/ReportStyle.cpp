@@ -9,6 +9,7 @@ nav a { margin-right: 1.2em; }
 h2 { font-size: 1.15em; margin: 1.2em 0 .4em; }
 code { font-size: .92em; }
 .note { background: #fff4e0; border-left: 4px solid #f0a030; padding: .3em .6em; }
+.headline { font-size: 1.1em; }
 .tables { display: flex; flex-wrap: wrap; gap: 1.5em; align-items: flex-start; }
 table.facts { border-collapse: collapse; }
 table.facts caption { text-align: left; font-weight: 600; padding-bottom: .2em; }

@@ -10,13 +10,16 @@
 
 namespace {
 const char* const kQColumns[] = {"PeptideQ", "GlycanQ", "GlycopeptideQ"};
-// The columns a hit shows, in this order.
-const char* const kHitColumns[] = {"PeptideQ", "GlycanQ", "GlycopeptideQ", "IsobaricGlycans"};
 
 std::vector<std::string> SplitTabs(const std::string& line) {
   std::vector<std::string> fields(1);
   for (char c : line) c == '\t' ? void(fields.emplace_back()) : fields.back().push_back(c);
   return fields;
+}
+
+bool ToFinite(const std::string& text, double& value) {
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
+  return result.ec == std::errc() && result.ptr == text.data() + text.size() && std::isfinite(value);
 }
 
 // Points of a rising step curve, [accepted, value], where it rises by more
@@ -38,6 +41,11 @@ nlohmann::json StepPoints(const std::vector<double>& ascending) {
   return points;
 }
 }  // namespace
+
+// Site columns come from the q-values' site choice and may be absent: a hit then shows none.
+const std::vector<std::string> kQValueHitColumns = {
+    "PeptideQ",        "GlycanQ",        "GlycopeptideQ",      "IsobaricGlycans", "SiteProbability",
+    "SiteCandidates",  "GlycoLoc",       "GlycanMassErrorPpm", "GlycanName"};
 
 CFdrCount CountAtFdr(const std::vector<CScorePoint>& all, double fdr) {
   CFdrCount count;
@@ -93,21 +101,28 @@ CQValues ReadQValues(const std::string& path, std::string& note) {
     note = "the q-value file " + path + " has none of the columns PeptideQ, GlycanQ, GlycopeptideQ";
     return q;
   }
-  const std::size_t queryColumn = columnOf("QuerySpecName");
+  const std::size_t queryColumn = columnOf("QuerySpecName"), decoyColumn = columnOf("Target/DecoyHit");
+  const std::size_t qColumn = columnOf("GlycopeptideQ");
   std::vector<std::vector<double>> values(columns.size());
   while (ReadLine(in, line, nullptr, 1 << 20)) {
     const std::vector<std::string> fields = SplitTabs(line);
     for (std::size_t c = 0; c < columns.size(); ++c) {
       if (columns[c].second >= fields.size()) continue;
-      const std::string& text = fields[columns[c].second];
       double value = 0.0;
-      const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-      if (result.ec == std::errc() && std::isfinite(value)) values[c].push_back(value);
+      if (ToFinite(fields[columns[c].second], value)) values[c].push_back(value);
+    }
+    double glycopeptideQ = 1.0;
+    const bool hasQ = qColumn < fields.size() && ToFinite(fields[qColumn], glycopeptideQ);
+    if (hasQ && decoyColumn < fields.size()) {
+      const bool decoy = fields[decoyColumn] == "D";
+      if (glycopeptideQ <= 0.01) ++(decoy ? q.at1.decoys : q.at1.targets);
+      if (glycopeptideQ <= 0.05) ++(decoy ? q.at5.decoys : q.at5.targets);
     }
     if (queryColumn >= fields.size() || q.byQuery.contains(fields[queryColumn])) continue;
+    if (hasQ) q.glycopeptideQ[fields[queryColumn]] = glycopeptideQ;
     std::vector<std::string>& shown = q.byQuery[fields[queryColumn]];
-    for (const char* name : kHitColumns)
-      shown.push_back(columnOf(name) < fields.size() ? fields[columnOf(name)] : std::string());
+    for (const std::string& name : kQValueHitColumns)
+      shown.push_back(columnOf(name.c_str()) < fields.size() ? fields[columnOf(name.c_str())] : std::string());
   }
   q.curves = nlohmann::json::object();
   for (std::size_t c = 0; c < columns.size(); ++c) {

@@ -28,9 +28,15 @@ struct CQValues {
   // Each q-value column as [accepted, q] points where the q-value changes:
   // {"PeptideQ":[[n,q],...], ...}; null when the file is missing or unusable.
   nlohmann::json curves;
-  // Per query spectrum (its first line): PeptideQ, GlycanQ, GlycopeptideQ and
-  // IsobaricGlycans as written, "" where a column is missing.
+  // Per query spectrum (its first line): the columns of kQValueHitColumns as
+  // written, "" where a column is missing.
   std::map<std::string, std::vector<std::string>> byQuery;
+  // Per query spectrum: its GlycopeptideQ, where the file gives one.
+  std::map<std::string, double> glycopeptideQ;
+  // Target and decoy lines at GlycopeptideQ 1 % and 5 %.
+  CFdrCount at1, at5;
 };
+// The q-value columns a hit carries, in this order; the page script knows them.
+extern const std::vector<std::string> kQValueHitColumns;
 // `note` tells of a file that exists but could not be used.
 CQValues ReadQValues(const std::string& path, std::string& note);

@@ -13,33 +13,54 @@
 namespace {
 using Json = nlohmann::json;
 
-// Known keys of each stage, in the order shown, with their labels.
-const std::vector<std::pair<std::string, std::vector<std::pair<std::string, std::string>>>> kStages = {
-    {"construction",
+// Known keys of each stage, in the order shown, with their labels; the stage's
+// own label heads its table.
+struct CStageLabels {
+  std::string key, caption;
+  std::vector<std::pair<std::string, std::string>> labels;
+};
+const std::vector<CStageLabels> kStages = {
+    {"construction", "Construction",
      {{"records_read", "identification records read"},
-      {"records_kept", "records kept"},
+      {"records_kept", "records kept (marked site on a sequon)"},
       {"dropped_no_mark", "dropped: no site mark"},
       {"dropped_not_on_sequon", "dropped: mark not on a sequon"},
       {"dropped_below_probability", "dropped: below the probability threshold"},
       {"dropped_spectrum_not_found", "dropped: spectrum not found"},
+      {"peptides_placed_in_fasta", "peptides placed in the FASTA file"},
+      {"peptides_not_in_fasta", "peptides not in the FASTA file (kept as listed)"},
+      {"peptides_placed_ambiguously", "peptides placed ambiguously (kept as listed)"},
+      {"peptides", "library peptides"},
       {"entries_written", "library entries written"},
       {"library", "library"},
       {"companion", "companion file"},
       {"seconds", "time (s)"}}},
-    {"search",
-     {{"queries_read", "query spectra read"},
+    {"search", "Search",
+     {{"library_entries", "library entries loaded"},
+      {"queries_read", "query spectra read"},
       {"queries_passing_oxonium", "passing the oxonium test"},
       {"queries_with_candidates", "with candidates"},
       {"result_lines", "result lines"},
       {"targets", "target hits"},
       {"decoys", "decoy hits"},
+      {"damaged_peaks", "damaged peaks dropped"},
       {"result", "result file"},
+      {"qvalues", "q-value file"},
       {"seconds", "time (s)"}}},
-    {"fdr",
-     {{"targets_fdr_1", "targets at FDR 1 %"},
-      {"targets_fdr_5", "targets at FDR 5 %"},
+    {"fdr", "FDR and q-values",
+     {{"targets_glycopeptide_q_1", "targets at GlycopeptideQ 1 %"},
+      {"targets_glycopeptide_q_5", "targets at GlycopeptideQ 5 %"},
+      {"targets_fdr_1", "targets at FDR 1 % (target-decoy estimate)"},
+      {"targets_fdr_5", "targets at FDR 5 % (target-decoy estimate)"},
       {"seconds", "time (s)"}}},
 };
+
+// A key this report has no label for, made readable: "queries_read" gives "queries read".
+std::string Readable(std::string key) {
+  for (char& c : key)
+    if (c == '_') c = ' ';
+  return key;
+}
 
 std::string ValueText(const Json& value) {
   if (value.is_string()) return value.get<std::string>();
@@ -120,20 +141,25 @@ std::string SummaryTablesHtml(const Json& summary) {
     for (const auto& [key, value] : values.items()) {
       bool known = false;
       for (const auto& entry : keys) known = known || entry.first == key;
-      if (!known) html += Row(key, ValueText(value));
+      if (!known) html += Row(Readable(key), ValueText(value));
     }
     html += "</table>\n";
   };
-  for (const auto& [stage, keys] : kStages) {
-    const auto found = summary.find(stage);
-    if (found != summary.end() && found->is_object()) table(stage, *found, keys);
+  for (const CStageLabels& stage : kStages) {
+    const auto found = summary.find(stage.key);
+    if (found != summary.end() && found->is_object()) table(stage.caption, *found, stage.labels);
   }
-  // Stages this report does not know yet are shown as written.
+  // Stages this report does not know yet are shown too.
   for (const auto& [stage, values] : summary.items()) {
     bool known = false;
-    for (const auto& entry : kStages) known = known || entry.first == stage;
-    if (!known && values.is_object()) table(stage, values, {});
+    for (const CStageLabels& entry : kStages) known = known || entry.key == stage;
+    if (!known && values.is_object()) table(Readable(stage), values, {});
   }
+  // Values outside the stages, such as the mass table.
+  std::string rest;
+  for (const auto& [key, value] : summary.items())
+    if (!value.is_object()) rest += Row(Readable(key), ValueText(value));
+  if (!rest.empty()) html += "<table class=\"facts\"><caption>Files</caption>\n" + rest + "</table>\n";
   return html;
 }
 

@@ -7,13 +7,15 @@ const char* const kScriptBasics = R"JS(
 const data = JSON.parse(document.getElementById('report-data').textContent);
 const hits = data.hits;
 // Columns of a hit row: the 28 of the ranked result file, the rank, and with a
-// q-value file the hit's [PeptideQ, GlycanQ, GlycopeptideQ, IsobaricGlycans].
+// q-value file the hit's values of those columns (in the order of Q).
 const C = { query: 0, library: 1, queryMH: 2, libraryMH: 3, charge: 4, sequence: 5, mods: 6,
   shift: 7, glycanMass: 8, glycan: 9, site: 10, motif: 11, candidates: 12, yIons: 13,
   pepIons: 15, dps: 17, ps: 18, score: 19, td: 20, dpsIons: 21, protein: 23, previous: 24,
   last: 25, start: 26, fdr: 27, rank: 28, q: 29, glycopeptideQ: 30 };
+const Q = { peptide: 0, glycan: 1, glycopeptide: 2, isobaric: 3, siteProbability: 4, siteCandidates: 5,
+  site: 6, massErrorPpm: 7, glycanName: 8 };
 // The glycopeptide q-value as a column of its own, for the table to sort by.
-if (data.qvalues) for (const row of hits) row.push(row[C.q][2]);
+if (data.qvalues) for (const row of hits) row.push(row[C.q][Q.glycopeptide]);
 const NS = 'http://www.w3.org/2000/svg';
 const COLORS = { b: '#1f77b4', bg: '#17becf', y: '#d62728', yg: '#e377c2', Y: '#2ca02c',
   o: '#ff7f0e', other: '#8c564b', none: '#b8b8b8' };

@@ -25,9 +25,12 @@ function drawHistogram() {
 
 function drawFdrCurve() {
   const fig = document.getElementById('fdrcurve');
-  const curves = [['FDR', data.fdr, '#333']];
+  // With q-values GlycopeptideQ leads, drawn strongest; the FDR column is the target-decoy estimate.
+  const curves = [];
   const qColors = { PeptideQ: '#1f77b4', GlycanQ: '#2ca02c', GlycopeptideQ: '#9467bd' };
-  if (data.qvalues) for (const k in data.qvalues) curves.push([k, data.qvalues[k], qColors[k] || '#888']);
+  if (data.qvalues && data.qvalues.GlycopeptideQ) curves.push(['GlycopeptideQ', data.qvalues.GlycopeptideQ, qColors.GlycopeptideQ, 2.6]);
+  if (data.qvalues) for (const k in data.qvalues) if (k !== 'GlycopeptideQ') curves.push([k, data.qvalues[k], qColors[k] || '#888', 1.2]);
+  curves.push([data.qvalues ? 'FDR (target-decoy estimate)' : 'FDR', data.fdr, '#333', data.qvalues ? 1.2 : 1.6]);
   const control = html('label', { textContent: 'FDR axis up to ' }, fig);
   const choice = html('select', {}, control);
   for (const v of ['0.05', '0.1', '0.25', '1']) html('option', { value: v, textContent: v * 100 + ' %' }, choice);
@@ -46,17 +49,17 @@ function drawFdrCurve() {
     for (const level of [0.01, 0.05]) if (level < yMax)
       el('line', { x1: box.left, x2: box.left + box.width, y1: f.sy(level), y2: f.sy(level),
         stroke: '#999', 'stroke-dasharray': '4 3' }, svg);
-    curves.forEach(([name, points, color]) => {
+    curves.forEach(([name, points, color, width]) => {
       if (!points.length) return;
       let d = `M${f.sx(0)},${f.sy(points[0][1])}`;
       for (const [n, v] of points) d += `H${f.sx(n)}V${f.sy(v)}`;
-      el('path', { d: d, fill: 'none', stroke: color, 'stroke-width': 1.6, 'clip-path': 'url(#fdrclip)', class: 'curve' }, svg);
+      el('path', { d: d, fill: 'none', stroke: color, 'stroke-width': width, 'clip-path': 'url(#fdrclip)', class: 'curve' }, svg);
     });
     legend(svg, box.left + 12, box.top + 12, curves.map(c => [c[0], c[2]]));
   };
   choice.addEventListener('change', draw);
   draw();
-  html('figcaption', { textContent: 'FDR' + (data.qvalues ? ' and q-values' : '') +
+  html('figcaption', { textContent: (data.qvalues ? 'q-values and the FDR column (the target-decoy estimate)' : 'FDR') +
     ' against the number of accepted hits (dashed: 1 % and 5 %)' }, fig);
 }
 )JS";

@@ -249,12 +249,28 @@ function openHit(i) {
   const facts = html('table', { className: 'facts' }, meta);
   const fact = (k, v) => { const tr = html('tr', {}, facts); html('th', { textContent: k }, tr); html('td', { textContent: v }, tr); };
   fact('score (DPS × PS)', `${row[C.score]} (${row[C.dps]} × ${row[C.ps]})`);
-  fact('FDR', row[C.fdr] + (row[C.td] === 'D' ? ' — decoy hit' : ' — target hit'));
-  if (data.qvalues) {
-    const [pq, gq, gpq, isobaric] = row[C.q];
-    fact('q-values', `peptide ${pq || '—'}, glycan ${gq || '—'}, glycopeptide ${gpq || '—'}`);
-    if (isobaric) fact('isobaric glycans', isobaric);
+  const kind = row[C.td] === 'D' ? ' — decoy hit' : ' — target hit';
+  const q = data.qvalues ? row[C.q] : null;
+  if (q) {
+    fact('glycopeptide q', (q[Q.glycopeptide] || '—') + kind);
+    fact('q-values', `peptide ${q[Q.peptide] || '—'}, glycan ${q[Q.glycan] || '—'}`);
+    fact('FDR (target-decoy estimate)', row[C.fdr]);
+    if (q[Q.isobaric]) fact('isobaric glycans', q[Q.isobaric]);
+  } else {
+    fact('FDR', row[C.fdr] + kind);
   }
+  // The site: the q-values' choice where they made one, with its probability
+  // and the positions the spectrum can't tell from it.
+  if (q && q[Q.siteProbability]) {
+    const site = q[Q.site] && q[Q.site] !== row[C.site] ? `${q[Q.site]} (the result line says ${row[C.site]})` : row[C.site];
+    fact('site', `${site}, probability ${q[Q.siteProbability]}` +
+      (q[Q.siteCandidates] ? `; not told apart from ${q[Q.siteCandidates].split(';').join(', ')}` : '; no other sequon fits as well'));
+  }
+  const errorPpm = (parseFloat(row[C.shift]) - parseFloat(row[C.glycanMass])) / parseFloat(row[C.queryMH]) * 1e6;
+  let massError = Number.isFinite(errorPpm) ? `${errorPpm.toFixed(2)} ppm (${row[C.glycan]})` : '—';
+  if (q && q[Q.glycanName] && q[Q.glycanName] !== row[C.glycan] && q[Q.massErrorPpm])
+    massError += `; the q-values call ${q[Q.glycanName]}: ${q[Q.massErrorPpm]} ppm`;
+  fact('glycan mass error', massError);
   fact('query [M+H]+', row[C.queryMH]);
   fact('library [M+H]+', `${row[C.libraryMH]} (entry ${row[C.library]})`);
   fact('mass shift', row[C.shift]);

@@ -5,14 +5,16 @@
 const char* const kScriptHitTable = R"JS(
 const COLUMNS = [
   ['#', C.rank, true], ['query', C.query], ['peptide', C.sequence], ['modifications', C.mods],
-  ['z', C.charge, true], ['glycan', C.glycan], ['site', C.site], ['protein', C.protein],
+  ['z', C.charge, true], ['glycan (Hex-HexNAc-NeuAc-NeuGc-dHex)', C.glycan], ['site', C.site], ['protein', C.protein],
   ['score', C.score, true], ['FDR', C.fdr, true], ['T/D', C.td], ['b/y', C.pepIons, true],
   ['Y', C.yIons, true]];
-if (data.qvalues) COLUMNS.splice(10, 0, ['glycopeptide q', C.glycopeptideQ, true]);
+// With q-values the glycopeptide q leads; the FDR column is the target-decoy estimate beside it.
+if (data.qvalues) COLUMNS.splice(9, 1, ['glycopeptide q', C.glycopeptideQ, true], ['FDR (target-decoy)', C.fdr, true]);
+const CUTS = data.qvalues ? [['glycopeptide q ≤ ', C.glycopeptideQ], ['FDR ≤ ', C.fdr]] : [['FDR ≤ ', C.fdr]];
 const numbers = COLUMNS.filter(c => c[2]).map(c => c[1]);
 const numeric = hits.map(r => { const o = {}; for (const k of numbers) o[k] = parseFloat(r[k]); return o; });
 const PAGE = 500;
-let view = hits.map((_, i) => i), page = 0, sortKey = C.rank, sortUp = true, openIndex = -1;
+let view = hits.map((_, i) => i), page = 0, sortKey = data.followsQ ? C.glycopeptideQ : C.rank, sortUp = true, openIndex = -1;
 const filters = {};
 function buildControls() {
   const box = document.getElementById('hitcontrols');
@@ -22,9 +24,11 @@ function buildControls() {
     const input = html('input', { type: 'text', placeholder: 'contains' }, l);
     input.addEventListener('input', () => { filters[key] = input.value.trim().toUpperCase(); refresh(); });
   }
-  const l = html('label', { textContent: 'FDR ≤ ' }, box);
-  const fdr = html('input', { type: 'number', step: '0.001', min: '0', max: '1' }, l);
-  fdr.addEventListener('input', () => { filters.fdr = fdr.value === '' ? null : +fdr.value; refresh(); });
+  for (const [label, key] of CUTS) {
+    const l = html('label', { textContent: label }, box);
+    const cut = html('input', { type: 'number', step: '0.001', min: '0', max: '1' }, l);
+    cut.addEventListener('input', () => { filters['cut' + key] = cut.value === '' ? null : +cut.value; refresh(); });
+  }
   const td = html('select', {}, box);
   for (const [v, t] of [['', 'targets and decoys'], ['T', 'targets'], ['D', 'decoys']]) html('option', { value: v, textContent: t }, td);
   td.addEventListener('change', () => { filters.td = td.value; refresh(); });
@@ -44,7 +48,7 @@ function refresh() {
       const f = filters[key];
       if (f && !(key === C.sequence ? r[key].replace(/J/g, 'N') : r[key]).toUpperCase().includes(f)) keep = false;
     }
-    if (filters.fdr != null && !(numeric[i][C.fdr] <= filters.fdr)) keep = false;
+    for (const [, key] of CUTS) if (filters['cut' + key] != null && !(numeric[i][key] <= filters['cut' + key])) keep = false;
     if (filters.td && r[C.td] !== filters.td) keep = false;
     if (keep) view.push(i);
   }

@@ -58,7 +58,11 @@ const std::vector<CConfigKey>& ConfigKeys() {
       {kC, "N_glycan_motifs", K::Text, "NXS,NXT",
        "sequons of a site: any of NXS, NXT, NXC, NXV, comma-separated, upper case"},
       {kC, "protein_database", K::Path, "proteins.fasta",
-       "FASTA file; read only for lanvek lists, but always required"},
+       "FASTA file; read for lanvek lists and with motifs_across_cleavage = yes, but always "
+       "required"},
+      {kC, "motifs_across_cleavage", K::Switch, "no",
+       "yes looks each marked peptide up in protein_database for the residues after it, so that "
+       "a sequon completed there (...NK|S...) is a site; optional, default no"},
       {kS, "search", K::Switch, "yes",
        "yes searches (and ranks by FDR); no switches both stages off (any case)"},
       {kS, "input_speclib_filename", K::Path, "library.quolib", "library file to search"},

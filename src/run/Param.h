@@ -39,6 +39,9 @@ struct CConstructionParam {
   double theta = 0.0;
   int32_t library_product_ion_unit = 0;  // 0 Da, 1 ppm
   std::string protein_database;
+  // Optional: lists that don't give the residues behind a peptide get them from
+  // protein_database, so that a sequon completed after the peptide is a site.
+  bool motifs_across_cleavage = false;
   double library_product_ion_tolerance = 0.0;
   std::vector<int32_t> N_glycan_motifs;
   std::vector<uint32_t> added_Y_ions;

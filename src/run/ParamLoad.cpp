@@ -186,6 +186,7 @@ void LoadConstruction(CConfigFile& config, CConstructionParam& construction, boo
   construction.Y_ion_relative_intensity = reader.Number("Y_ion_relative_intensity");
   construction.ParseNGlycanMotifs(reader.Required("N_glycan_motifs"));
   construction.protein_database = reader.Required("protein_database");
+  construction.motifs_across_cleavage = reader.OptionalYesNo("motifs_across_cleavage");
 }
 
 void LoadSearch(CConfigFile& config, CSearchParam& search, bool explain) {

@@ -132,6 +132,14 @@ TEST_F(CommandLine, RunTakesPathsFromTheConfigurationFolderAndGivesTheClassicFil
                                   "    summary      " + (native / "demo_result_summary.json") + "\n"})
     EXPECT_TRUE(Has(result.output, line)) << line << result.output;
   EXPECT_TRUE(Has(ReadFile(native / "demo_result_summary.json"), "\"queries_read\":400"));
+  // With q-values the summary leads with the target lines the q-value file passes at 1 %.
+  std::size_t passing = 0;
+  for (const std::string& line : testutil::ReadLines(native / "demo_result_qvalues.txt"))
+    if (const auto f = testutil::Fields(line); f.size() > 9 && f[5] == "T" && std::atof(f[9].c_str()) <= 0.01) ++passing;
+  char row[96];
+  std::snprintf(row, sizeof row, "    %-34s %12zu\n", "targets at GlycopeptideQ <= 1 %", passing);
+  EXPECT_TRUE(passing > 100 && Has(result.output, row)) << row << result.output;
+  EXPECT_TRUE(Has(result.output, " (FDR column: the target-decoy estimate)\n"));
   // The report of the run lands beside its result.
   const auto report =
       RunProgram(kProgram, "", elsewhere_.path().string(), {"report", native / "run.conf", "--top", "5"});

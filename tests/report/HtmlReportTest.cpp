@@ -56,15 +56,20 @@ class HtmlReportTest : public ::testing::Test {
     CParam& param = CParam::GetInstance();
     param.configure_filename = data + "/demo.conf";
     param.Load();
-    // A q-value file naming the first two queries, and a run summary with a
-    // stage this report does not know.
+    // A q-value file naming the first three queries (the third, at FDR 1 %,
+    // is a chance hit for the q-values), and a run summary with a stage this
+    // report does not know.
     const auto lines = ResultLines();
     testutil::WriteFile(data + "/demo_result_qvalues.txt",
-                        "QuerySpecName\tScore\tPeptideQ\tGlycanQ\tGlycopeptideQ\tIsobaricGlycans\n" +
-                            lines[0][0] + "\t9\t0.001\t0.002\t0.003\t\n" + lines[1][0] +
-                            "\t8\t0.2\tNaN\t0.004\t4-5-1-0-0\n");
+                        "QuerySpecName\tTarget/DecoyHit\tScore\tPeptideQ\tGlycanQ\tGlycopeptideQ\t"
+                        "IsobaricGlycans\tSiteProbability\tSiteCandidates\tGlycoLoc\tGlycanMassErrorPpm\t"
+                        "GlycanName\n" +
+                            lines[0][0] + "\tT\t9\t0.001\t0.002\t0.003\t\t0.97\t\t" + lines[0][10] + "\t1.5\t" +
+                            lines[0][9] + "\n" + lines[1][0] + "\tT\t8\t0.2\tNaN\t0.004\t4-5-1-0-0\t0.5\t3;9\t2\t-3\t"
+                            "4-5-1-0-0\n" + lines[2][0] + "\tT\t7\t1\t1\t1\t\t\t\t\t\t\n");
     testutil::WriteFile(data + "/demo_result_summary.json",
-                        R"({"search":{"queries_read":400,"result_lines":253,"seconds":0.25},"later":{"x":1}})");
+                        R"({"search":{"queries_read":400,"result_lines":253,"seconds":0.25},"later":{"x_y":1},)"
+                        R"("mass_table":"/m.ini"})");
   }
   static void TearDownTestSuite() { delete dir_; }
 
@@ -96,21 +101,33 @@ TempDir* HtmlReportTest::dir_ = nullptr;
 
 TEST_F(HtmlReportTest, ShowsTheHitsAtTheCutWithTheirSpectraMatchedAsTheSearchMatchedThem) {
   const auto lines = ResultLines();
-  std::size_t atOnePercent = 0;
-  for (const auto& fields : lines) atOnePercent += std::stod(fields[27]) <= 0.01;
+  std::size_t atOnePercent = 0, targetsAtOnePercent = 0;
+  for (const auto& fields : lines) {
+    atOnePercent += std::stod(fields[27]) <= 0.01;
+    targetsAtOnePercent += std::stod(fields[27]) <= 0.01 && fields[20] == "T";
+  }
   ASSERT_GT(atOnePercent, 50u);
   ASSERT_LT(atOnePercent, lines.size());
   struct Case {
     int topN;
+    bool qvalues;
     std::size_t shown;
+    std::string headline;
   };
-  for (const Case& c : {Case{0, atOnePercent}, Case{5, 5}}) {
+  // By default the hits at the cut of the q-values, where there are any.
+  for (const Case& c : {Case{0, false, atOnePercent, std::to_string(targetsAtOnePercent) + " target hits at FDR ≤ 1 %"},
+                        Case{0, true, 2, "2 target glycopeptides at GlycopeptideQ ≤ 1 %"},
+                        Case{5, true, 5, "passes " + std::to_string(targetsAtOnePercent) + " at 1 %"}}) {
     SCOPED_TRACE(c.topN);
-    const std::string out = *dir_ / ("top" + std::to_string(c.topN) + ".html");
-    ASSERT_EQ(WriteHtmlReport(Request(out, c.topN)), 0);
+    const std::string out = *dir_ / ("top" + std::to_string(c.topN) + std::to_string(c.qvalues) + ".html");
+    CReportRequest request = Request(out, c.topN);
+    if (!c.qvalues) request.qvaluesPath.clear();
+    ASSERT_EQ(WriteHtmlReport(request), 0);
     const std::string html = ReadFile(out);
     const nlohmann::json data = PageData(html);
     ASSERT_EQ(data["hits"].size(), c.shown);
+    EXPECT_NE(html.find(c.headline), std::string::npos);
+    if (!c.qvalues) continue;
     for (std::size_t i = 0; i < c.shown; ++i)
       EXPECT_EQ(data["hits"][i][0], lines[i][0]);
     // Every hit has its spectra, and matching them again named the very ions
@@ -122,17 +139,22 @@ TEST_F(HtmlReportTest, ShowsTheHitsAtTheCutWithTheirSpectraMatchedAsTheSearchMat
     EXPECT_EQ(hitLines.find('!'), std::string::npos);
     // Self-contained: no reference to anything outside the file.
     EXPECT_FALSE(std::regex_search(html, std::regex(R"((src|href)\s*=\s*["']?(https?:|//|file:))")));
-    EXPECT_EQ(data["qvalues"]["GlycopeptideQ"], nlohmann::json::parse("[[1,0.003],[2,0.004]]"));
-    EXPECT_EQ(data["qvalues"]["GlycanQ"], nlohmann::json::parse("[[1,0.002]]"));
-    EXPECT_EQ(data["hits"][1][29], nlohmann::json::parse(R"(["0.2","NaN","0.004","4-5-1-0-0"])"));
-    EXPECT_EQ(data["hits"][2][29], nlohmann::json::parse(R"(["","","",""])"));
-    EXPECT_NE(html.find("<th>query spectra read</th><td>400</td>"), std::string::npos);
-    EXPECT_NE(html.find("<th>x</th><td>1</td>"), std::string::npos) << "unknown keys are shown too";
+    EXPECT_EQ(data["qvalues"]["GlycopeptideQ"], nlohmann::json::parse("[[1,0.003],[2,0.004],[3,1]]"));
+    EXPECT_EQ(data["hits"][1][29],
+              nlohmann::json::parse(R"(["0.2","NaN","0.004","4-5-1-0-0","0.5","3;9","2","-3","4-5-1-0-0"])"));
+    EXPECT_NE(html.find("<th>targets at GlycopeptideQ 1 %</th><td>2</td>"), std::string::npos);
+    // Readable labels, also for what this report doesn't know.
+    EXPECT_NE(html.find("<caption>Search</caption>\n<tr><th>query spectra read</th><td>400</td>"), std::string::npos);
+    EXPECT_NE(html.find("<th>x y</th><td>1</td>"), std::string::npos);
+    EXPECT_NE(html.find("<th>mass table</th><td>/m.ini</td>"), std::string::npos);
   }
+  const nlohmann::json first5 = PageData(ReadFile(*dir_ / "top51.html"));
+  EXPECT_EQ(first5["hits"][3][29], nlohmann::json::parse(R"(["","","","","","","","",""])"));
   // Without its query spectra the report still lists every hit, each with a
   // note in place of its plot.
   CReportRequest request = Request(*dir_ / "noqueries.html");
   request.queryDatasets = {{*dir_ / "gone.mgf", 2}};
+  request.qvaluesPath.clear();
   ASSERT_EQ(WriteHtmlReport(request), 0);
   const nlohmann::json data = PageData(ReadFile(*dir_ / "noqueries.html"));
   EXPECT_EQ(data["notes"].size(), atOnePercent);
@@ -214,8 +236,11 @@ TEST_F(HtmlReportTest, OpensInABrowserWithTheTableAndTheAnnotatedPlotOfAHit) {
   const std::string chromium = "/usr/bin/chromium";
   if (!std::filesystem::exists(chromium))
     GTEST_SKIP() << "chromium is not installed (" << chromium << " is missing)";
+  // The table of every hit at FDR 1 %: without q-values.
   const std::string out = *dir_ / "browser.html";
-  ASSERT_EQ(WriteHtmlReport(Request(out)), 0);
+  CReportRequest request = Request(out);
+  request.qvaluesPath.clear();
+  ASSERT_EQ(WriteHtmlReport(request), 0);
   const auto lines = ResultLines();
   const nlohmann::json data = PageData(ReadFile(out));
   // The best hit, and the first with b/y ions matched with the glycan.
@@ -265,6 +290,19 @@ TEST_F(HtmlReportTest, OpensInABrowserWithTheTableAndTheAnnotatedPlotOfAHit) {
     EXPECT_EQ(residues, kinds);
   }
   EXPECT_TRUE(shiftedDrawn);
+
+  // With q-values the hit tells its glycopeptide q, its site and the glycan's mass error.
+  const std::string withQ = *dir_ / "browserq.html";
+  ASSERT_EQ(WriteHtmlReport(Request(withQ)), 0);
+  TempDir browser;
+  const CBrowserResult page = OpenInChromium(chromium, "file://" + withQ + "#hit=2", browser);
+  EXPECT_EQ(page.log.find("Uncaught"), std::string::npos) << page.log;
+  for (const char* fact : {"<th>glycopeptide q</th><td>0.004 — target hit</td>",
+                                  "<th>FDR (target-decoy estimate)</th>",
+                                  "probability 0.5; not told apart from 3, 9</td>",
+                                  "the q-values call 4-5-1-0-0: -3 ppm</td>",
+                                  "class=\"sorted-asc\">glycopeptide q</th><th data-key=\"27\" class=\"\">FDR (target-decoy)</th>"})
+    EXPECT_NE(page.dom.find(fact), std::string::npos) << fact;
 }
 
 }  // namespace

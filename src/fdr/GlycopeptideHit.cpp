@@ -65,6 +65,8 @@ std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& re
     hit.searchScore = record.score;
     hit.decoy = record.isDecoy;
     hit.protein = text(23);
+    hit.following = text(25);
+    hit.proteinStart = static_cast<int32_t>(std::max(0.0, Number(f, 26)));
     CountInnerIons(text(21), hit.innerB, hit.innerY);
     // score, DPS, PS, peptide ions and share, Y ions and share, candidates
     hit.lineFeatures = {record.score, Number(f, 17), Number(f, 18), Number(f, 15), Number(f, 16),
@@ -74,7 +76,7 @@ std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& re
 }
 
 void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchParam& settings,
-             const std::vector<CGlycan>& glycanTable) {
+             const std::vector<CGlycan>& glycanTable, CSiteRules* sites) {
   const double precursorTolerance = ToleranceInDa(settings.query_precursor_ion_tolerance,
                                                   settings.query_precursor_ion_unit, hit.queryMH);
   hit.call = CallGlycan(glycanTable, hit.queryMH - hit.peptideMH, precursorTolerance, hit.queryMH,
@@ -90,10 +92,19 @@ void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchPara
   const std::size_t offsets = sizeof kDecoyOffsets / sizeof kDecoyOffsets[0];
   hit.decoyYIons = FindYIons(byMz, hit.peptideMH, highest, kDecoyOffsets[h % offsets],
                              productTolerance);
+  if (sites == nullptr) return;
+  std::vector<CModification> modifications;
+  ParseModifications(hit.modification, modifications);
+  if (!sites->calculator.SetPeptide(hit.sequence, modifications)) return;
+  const double glycanMass = hit.call.glycan != nullptr ? hit.call.glycan->mass
+                                                       : hit.queryMH - hit.peptideMH;
+  const int preferred = std::atoi(hit.glycoLoc.c_str());
+  hit.site = CallSite(CandidateSites(hit.sequence, hit.following, sites->acceptors), preferred,
+                      sites->calculator, glycanMass, byMz, highest, productTolerance);
 }
 
 void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam& settings,
-                         const std::vector<CGlycan>& glycanTable) {
+                         const std::vector<CGlycan>& glycanTable, CSiteRules* sites) {
   std::unordered_map<std::string, std::vector<std::size_t>> wanted;
   for (std::size_t i = 0; i < hits.size(); ++i) wanted[hits[i].query].push_back(i);
   CQueryBatch batch;
@@ -113,7 +124,7 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
       // The first spectrum of a name is the one the search reported first.
       if (it == wanted.end() || !batch.IsGlycoSpectrum(spectra.back())) continue;
       batch.PrepareSpectrum(spectra.back(), highResolution);
-      for (std::size_t i : it->second) CallHit(hits[i], spectra.back(), settings, glycanTable);
+      for (std::size_t i : it->second) CallHit(hits[i], spectra.back(), settings, glycanTable, sites);
       wanted.erase(it);
     }
     reader->CloseRead();

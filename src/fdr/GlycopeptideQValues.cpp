@@ -4,11 +4,13 @@
 #include <cmath>
 #include <iostream>
 #include <numeric>
+#include <tuple>
 
 #include "fdr/QValueFiles.h"
 #include "fdr/QValues.h"
 #include "fdr/Rescorer.h"
 #include "molecule/MassTable.h"
+#include "run/Motif.h"
 
 const std::vector<std::string> kGlycopeptideFeatureNames = {
     "score",      "dps",         "ps",        "pepIons",      "pepIntShare",
@@ -64,19 +66,41 @@ double IsotopeRivalProbability(const CGlycanCall& call, const CMassErrorModel& m
   return chosen + rival > 0.0 ? rival / (chosen + rival) : 0.5;
 }
 
+std::vector<double> CombinedQValues(const std::vector<double>& peptideQ,
+                                    const std::vector<double>& glycanQ,
+                                    const std::vector<bool>& lost, std::vector<double> scores) {
+  // Lines in order of their larger separate q-value, then their sum, then the
+  // score; equal keys share a rank, which the competition treats as a tie.
+  const std::size_t n = peptideQ.size();
+  std::vector<std::size_t> order(n);
+  std::iota(order.begin(), order.end(), 0);
+  for (double& s : scores)
+    if (std::isnan(s)) s = -INFINITY;
+  auto key = [&](std::size_t i) {
+    return std::make_tuple(std::max(peptideQ[i], glycanQ[i]), peptideQ[i] + glycanQ[i], -scores[i]);
+  };
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return key(a) < key(b); });
+  std::vector<double> rank(n);
+  for (std::size_t k = 0; k < n; ++k)
+    rank[order[k]] = k > 0 && key(order[k]) == key(order[k - 1]) ? rank[order[k - 1]]
+                                                                 : -static_cast<double>(k);
+  return TargetDecoyQValues(rank, lost);
+}
+
 void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits) {
   std::vector<bool> confident;
-  for (const CGlycopeptideHit& hit : hits) confident.push_back(hit.peptideQ + hit.glycanQ <= kConfidentQ);
+  for (const CGlycopeptideHit& hit : hits) confident.push_back(hit.combinedQ <= kConfidentQ);
   const CMassErrorModel model = FitMassErrors(hits, confident);
-  // Lines in order of their own risk; each then carries the larger of the
-  // two decoy estimates so far plus the mean chance, so far, that the other
-  // isotope reading was the right one.
+  // Lines in order of their own risk; each then carries the highest combined
+  // decoy estimate so far plus the mean chance, so far, that the line is
+  // wrong in a way no decoy models: the other isotope reading was the right
+  // one, or the glycan sits on another site.
   std::vector<std::size_t> order(hits.size());
   std::iota(order.begin(), order.end(), 0);
   std::vector<double> rival(hits.size());
   for (std::size_t i = 0; i < hits.size(); ++i)
-    rival[i] = IsotopeRivalProbability(hits[i].call, model);
-  auto base = [&](std::size_t i) { return std::min(1.0, hits[i].peptideQ + hits[i].glycanQ); };
+    rival[i] = 1.0 - (1.0 - IsotopeRivalProbability(hits[i].call, model)) * hits[i].site.GroupProbability();
+  auto base = [&](std::size_t i) { return hits[i].combinedQ; };
   std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
     return base(a) + rival[a] < base(b) + rival[b];
   });
@@ -143,10 +167,23 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
   }
   const std::vector<double> peptideQ = TargetDecoyQValues(scores, input.decoys);
   const std::vector<double> glycanQ = TargetDecoyQValues(glycanScores, glycanDecoys);
+  std::vector<bool> lost;
+  for (std::size_t i = 0; i < hits.size(); ++i) lost.push_back(hits[i].decoy || glycanDecoys[i]);
+  std::vector<double> combinedQ = CombinedQValues(peptideQ, glycanQ, lost, scores);
+  // Wrong peptides that no decoy models (absent forms matched to a library
+  // neighbour) make the sum of the two separate estimates the safer bound
+  // wherever decoys are many; it adds no decoy of its own, so a small run
+  // keeps the single one of the competition.
+  const std::vector<double> plainPeptideQ = TargetDecoyQValues(scores, input.decoys, 0.0);
+  const std::vector<double> plainGlycanQ = TargetDecoyQValues(glycanScores, glycanDecoys, 0.0);
+  for (std::size_t i = 0; i < hits.size(); ++i)
+    combinedQ[i] = std::min(1.0, std::max(combinedQ[i], plainPeptideQ[i] + plainGlycanQ[i]));
   for (std::size_t i = 0; i < hits.size(); ++i) {
     CGlycopeptideHit& hit = hits[i];
     hit.peptideQ = peptideQ[i];
     hit.glycanQ = glycanDecoys[i] ? 1.0 : glycanQ[i];
+    // A glycan that lost to its decoy is no identification, whatever its rank.
+    hit.combinedQ = glycanDecoys[i] ? 1.0 : combinedQ[i];
   }
   AddIsotopeRivals(hits);
   return learned;
@@ -160,7 +197,14 @@ void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdr
   tableFile.Load(table);
   table.SortGlycans();
   std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
-  AddSpectrumEvidence(hits, settings, table.glycans);
+  CSiteRules sites;
+  sites.calculator.massTable = table;
+  // The sequons of the construction's motifs; NXS and NXT when the run
+  // builds no library and so names none.
+  const std::string acceptors =
+      MotifAcceptorLetters(CParam::GetInstance().construction.GetMotifRegex());
+  if (!acceptors.empty()) sites.acceptors = acceptors;
+  AddSpectrumEvidence(hits, settings, table.glycans, &sites);
   EstimateGlycopeptideQValues(hits);
   WriteQValueFiles(hits, settings.output_result_filename);
   std::cout << "\t\t" << QValuePath(settings.output_result_filename) << "\n    ---- Complete!\n"

@@ -27,8 +27,16 @@ CMassErrorModel FitMassErrors(const std::vector<CGlycopeptideHit>& hits,
                               const std::vector<bool>& confident);
 // The chance that the other isotope reading of a call is the right one.
 double IsotopeRivalProbability(const CGlycanCall& call, const CMassErrorModel& model);
-// GlycopeptideQ from PeptideQ and GlycanQ plus the expected share of calls
-// whose glycan is the other isotope reading.
+// The q-value of the whole identification from one competition: a line
+// counts as a decoy when its peptide is a library decoy or its glycan `lost`
+// to the decoy glycan, and the lines are walked in order of their separate
+// q-values (then `scores`). Adding one decoy once, not once per part, keeps a
+// small run of one glycoprotein from a floor of 2 / targets.
+std::vector<double> CombinedQValues(const std::vector<double>& peptideQ,
+                                    const std::vector<double>& glycanQ,
+                                    const std::vector<bool>& lost, std::vector<double> scores);
+// GlycopeptideQ from the combined q-value plus the expected share of lines
+// whose glycan is the other isotope reading or sits on another site.
 void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits);
 
 // Final score and the three q-values of every hit, from the hits alone:

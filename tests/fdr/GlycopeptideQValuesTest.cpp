@@ -171,11 +171,11 @@ TEST(GlycopeptideQValues, TheOtherIsotopeReadingAddsItsChanceToTheGlycopeptideQV
   }
 
   // Two lines sure of peptide and glycan; the second has an isotope rival at
-  // equal error. The first keeps the sum of its q-values, the second carries
+  // equal error. The first keeps its combined q-value, the second carries
   // the mean rival chance of the two.
   std::vector<CGlycopeptideHit> hits(2);
   for (CGlycopeptideHit& hit : hits) {
-    hit.peptideQ = hit.glycanQ = 0.001;
+    hit.combinedQ = 0.002;
     hit.call.glycan = &table[0];
   }
   hits[1].call.rivalErrorPpm = 0.0;

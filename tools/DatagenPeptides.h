@@ -17,6 +17,13 @@ struct CDatagenPeptide {
   // Relative fragment intensities shared by all spectra of the peptide, index k
   // for the fragment of k residues; 0 means the fragment is not seen.
   std::vector<double> bTemplate, yTemplate;
+  // Site traps only (empty or 0 elsewhere): every sequon of the peptide, the one
+  // completed across the cleavage included; those that carry a glycan in the
+  // sample; and the residue behind the peptide in its protein when it completes
+  // a sequon across the cleavage (...NK|S...).
+  std::vector<int> sequons;
+  std::vector<int> occupied;
+  char following = 0;
 };
 
 namespace datagen {
@@ -106,8 +113,15 @@ inline CDatagenPeptide MakeStrayDeamidatedPeptide(CDatagenRandom& rng) {
   return p;
 }
 
+// The peptide form: sequence and oxidation.
+inline std::string FormKey(const CDatagenPeptide& p) { return p.sequence + (p.oxidized ? "+ox" : ""); }
+
 inline std::string Key(const CDatagenPeptide& p) {
-  return p.sequence + (p.oxidized ? "+ox" : "");
+  std::string key = FormKey(p);
+  // The forms of a peptide with several sequons differ in the marked site.
+  if (p.sequons.size() > 1)
+    for (int site : p.sites) key += "@" + std::to_string(site);
+  return key;
 }
 
 struct CDatagenModification {

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <functional>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "DatagenChemistry.h"
 #include "DatagenPeptides.h"
 #include "DatagenRandom.h"
+#include "DatagenSiteTraps.h"
 #include "DatagenSpectra.h"
 
 // Queries of the quality dataset: besides plain glycopeptides of library
@@ -26,6 +28,10 @@ struct CQualityContext {
   std::function<bool(double)> nearLibraryMass;  // an MH within 20 ppm of a library peptide
   uint32_t seed;
   uint32_t planStream, spectrumStream, peptideStream;
+  // Site traps: fragments that hold the site keep part of the glycan, and the
+  // truth says which sites the library marks (by sequence and oxidation).
+  bool siteTraps = false;
+  std::map<std::string, std::vector<int>> librarySites = {};
 };
 
 enum QualityKind {
@@ -113,7 +119,10 @@ inline bool MakeQualityPeptide(CQualityContext& c, int kind, CDatagenRandom& rng
       p.oxidized = true;
       if (c.keys.count(Key(p))) continue;
     } else {  // missed cleavage: more residues behind the C-terminal K or R
-      p.sequence += RandomTrypticBody(pr, pr.Int(2, 5));
+      std::string more = RandomTrypticBody(pr, pr.Int(2, 5));
+      if (p.following) more[0] = p.following;  // what follows in the protein
+      p.following = 0;
+      p.sequence += more;
       if (c.keys.count(Key(p)) ||
           c.nearLibraryMass(CDatagenIon(ResidueMasses(p, c.chem, false), c.chem).MH()))
         continue;
@@ -142,7 +151,10 @@ inline void WriteQualityQueries(CQualityContext& c, int queryCount, std::FILE* m
   const CGlycanPools pools(c.chem);
   uint32_t absentIndex = 0, formIndex = 0;
   int scan = 0;
-  std::fputs("Query\tKind\tPeptide\tCharge\tGlycan\tGlycanMass\tSite\tModification\tInLibrary\n", truth);
+  std::fputs(c.siteTraps ? "Query\tKind\tPeptide\tCharge\tGlycan\tGlycanMass\tSite\tModification\tInLibrary"
+                          "\tSequons\tLibrarySites\tCrossCleavage\n"
+                        : "Query\tKind\tPeptide\tCharge\tGlycan\tGlycanMass\tSite\tModification\tInLibrary\n",
+             truth);
   for (std::size_t i = 0; i < kinds.size(); ++i) {
     CDatagenRandom rng(c.seed, c.spectrumStream, static_cast<uint32_t>(i));
     scan += rng.Int(1, 4);
@@ -150,6 +162,7 @@ inline void WriteQualityQueries(CQualityContext& c, int queryCount, std::FILE* m
     spectrum.retentionSeconds = scan * 0.5;
     CQualityQuery q;
     q.kind = kinds[i];
+    int site = 0;
     if ((q.kind == kQOxidisedForm || q.kind == kQMissedCleavage) &&
         !MakeQualityPeptide(c, q.kind, rng, formIndex, q.peptide))
       q.kind = kQGlyco;  // the library offers no such form
@@ -178,7 +191,14 @@ inline void WriteQualityQueries(CQualityContext& c, int queryCount, std::FILE* m
       else q.glycan = &c.chem.glycans[static_cast<std::size_t>(rng.Int(0, static_cast<int>(c.chem.glycans.size()) - 1))];
       CDatagenIon ion(ResidueMasses(q.peptide, c.chem, false), c.chem);
       int charge = GlycoCharge(ion.MH() + q.glycan->mass, rng);
-      FillGlycoSpectrum(spectrum, q.peptide, ion, q.peptide.sites[0], *q.glycan, charge, rng);
+      if (c.siteTraps) {
+        site = TrueSite(q.peptide, rng);
+        CSiteFragmentShares shares{rng.Uniform(0.15, 0.45), rng.Uniform(0.02, 0.05)};
+        FillGlycoSpectrum(spectrum, q.peptide, ion, site, *q.glycan, charge, rng, &shares);
+      } else {
+        site = q.peptide.sites[0];
+        FillGlycoSpectrum(spectrum, q.peptide, ion, site, *q.glycan, charge, rng);
+      }
       if (q.kind == kQWeakMarker) WeakenMarker(spectrum, rng);
       if (q.kind == kQIsobaric && rng.Chance(0.5)) DropSialicMarkers(spectrum);
       if (q.kind == kQIsotope) spectrum.precursorMz += CDatagenChemistry::kIsotopeStep / charge;
@@ -188,12 +208,28 @@ inline void WriteQualityQueries(CQualityContext& c, int queryCount, std::FILE* m
                      std::to_string(spectrum.charge);
     WriteMgf(mgf, spectrum);
     const bool hasPeptide = q.kind != kQNoise;
-    std::fprintf(truth, "%s\t%s\t%s\t%d\t%s\t%.6f\t%d\t%s\t%s\n", spectrum.title.c_str(),
+    std::fprintf(truth, "%s\t%s\t%s\t%d\t%s\t%.6f\t%d\t%s\t%s", spectrum.title.c_str(),
                  kQualityKindNames[q.kind], hasPeptide ? q.peptide.sequence.c_str() : "-",
                  spectrum.charge, q.glycan ? q.glycan->name.c_str() : "-",
-                 q.glycan ? q.glycan->mass : 0.0, q.glycan ? q.peptide.sites[0] : 0,
+                 q.glycan ? q.glycan->mass : 0.0, site,
                  hasPeptide ? LibraryModifications(q.peptide).c_str() : "-",
                  q.inLibrary ? "yes" : "no");
+    if (c.siteTraps) {
+      auto list = [](const std::vector<int>& sites) {
+        std::string text;
+        for (int s : sites) {
+          if (!text.empty()) text += ';';
+          text += std::to_string(s);
+        }
+        return text.empty() ? std::string("-") : text;
+      };
+      auto marked = c.librarySites.find(FormKey(q.peptide));
+      std::fprintf(truth, "\t%s\t%s\t%s\n", hasPeptide ? list(AllSequons(q.peptide)).c_str() : "-",
+                   q.inLibrary && marked != c.librarySites.end() ? list(marked->second).c_str() : "-",
+                   q.peptide.following && site == static_cast<int>(q.peptide.sequence.size()) - 1 ? "yes" : "no");
+    } else {
+      std::fputs("\n", truth);
+    }
   }
 }
 

@@ -108,11 +108,21 @@ struct COxonium {
   double presence;
 };
 
+// What the b/y fragments that hold the site keep of the glycan: a HexNAc for a
+// share of them, the whole glycan for a few, nothing for the rest.
+struct CSiteFragmentShares {
+  double hexNAc = 0.0;
+  double whole = 0.0;
+};
+constexpr double kHexNAcMass = 203.079373;
+
 // Intact glycopeptide spectrum (HCD): oxonium ions, Y ions (peptide plus part
 // of the core), peptide fragments that lost the glycan and a few that kept it.
+// With `siteShares`, the fragments that hold the site keep a HexNAc or the
+// glycan as those shares say, in place of the one to three whole-glycan ones.
 inline void FillGlycoSpectrum(CDatagenSpectrum& s, const CDatagenPeptide& p, const CDatagenIon& ion,
                               int site, const CDatagenGlycan& glycan, int charge,
-                              CDatagenRandom& rng) {
+                              CDatagenRandom& rng, const CSiteFragmentShares* siteShares = nullptr) {
   const double high = 3000.0;
   const double proton = kMgfProton;
   static const COxonium kCommon[] = {
@@ -154,15 +164,22 @@ inline void FillGlycoSpectrum(CDatagenSpectrum& s, const CDatagenPeptide& p, con
       double t = *templates[kind];
       if (t <= 0.0 || !rng.Chance(0.85)) continue;
       double intensity = 0.35 * t * rng.LogNormal(0.3);
-      AddIon(s.peaks, kind == 0 ? ion.B(k, 1) : ion.Y(k, 1), 1, intensity, rng, 100.0, 2000.0);
+      double kept = 0.0;  // mass of the glycan that stays on the fragment
+      const bool holdsSite = kind == 0 ? static_cast<int>(k) >= site : static_cast<int>(k) > static_cast<int>(n) - site;
+      if (siteShares && holdsSite) {
+        const double u = rng.Uniform();
+        kept = u < siteShares->whole ? glycan.mass : u < siteShares->whole + siteShares->hexNAc ? kHexNAcMass : 0.0;
+      }
+      AddIon(s.peaks, (kind == 0 ? ion.B(k, 1) : ion.Y(k, 1)) + kept, 1, intensity, rng, 100.0, 2000.0);
       if (charge >= 3 && k >= 3 && rng.Chance(0.5)) {
-        AddIon(s.peaks, kind == 0 ? ion.B(k, 2) : ion.Y(k, 2), 2, intensity * 0.4, rng, 100.0, 2000.0);
+        AddIon(s.peaks, (kind == 0 ? ion.B(k, 2) : ion.Y(k, 2)) + kept / 2, 2, intensity * 0.4, rng, 100.0,
+               2000.0);
       }
     }
   }
 
   // A few fragments that kept the whole glycan: they must hold the site.
-  int shifted = rng.Int(1, 3);
+  int shifted = siteShares ? 0 : rng.Int(1, 3);
   int maxZ = std::min(2, MaxFragmentCharge(charge));
   for (int i = 0; i < shifted; ++i) {
     bool isB = rng.Chance(0.5);

@@ -6,10 +6,15 @@
 //   quorin_datagen demo  <outdir> [--peptides N] [--queries N] [--seed N] [--masstable PATH]
 //   quorin_datagen bench <outdir> [--peptides N] [--queries N] [--seed N] [--masstable PATH]
 //   quorin_datagen quality <outdir> [--peptides N] [--queries N] [--seed N] [--masstable PATH]
+//   quorin_datagen sites <outdir> [--peptides N] [--queries N] [--seed N] [--masstable PATH]
 //
 // quality makes the same library as demo, but queries of every kind that can be
 // misidentified (isotope errors, isobaric glycans, peptide forms the library
 // lacks, noise that passes the marker test), and asks for glycopeptide q-values.
+// sites adds the traps of the glycosite: peptides with two or three sequons of
+// which the lists mark only some while the glycan sits on any occupied one,
+// sequons completed across the cleavage (...NK|S... in the FASTA), neighbours
+// of the same mass, and site-holding fragments that keep a HexNAc or the glycan.
 //
 // The same arguments always give byte-identical files.
 #include <unistd.h>
@@ -70,7 +75,9 @@ void Usage() {
                "  demo:    200 library peptide ions, 400 queries by default\n"
                "  bench:   20000 library peptide ions, 50000 queries by default\n"
                "  quality: 2000 library peptide ions, 20000 queries of every kind that can be\n"
-               "           misidentified by default\n");
+               "           misidentified by default\n"
+               "  sites:   as quality, with the traps of the glycosite (several sequons, sequons\n"
+               "           across the cleavage, same-mass neighbours) and their truth\n");
   std::exit(2);
 }
 
@@ -102,7 +109,7 @@ COptions ParseOptions(int argc, char** argv) {
     o.peptides = 20000;
     o.queries = 50000;
     o.maxSpectra = 3;
-  } else if (o.mode == "quality") {
+  } else if (o.mode == "quality" || o.mode == "sites") {
     o.peptides = 2000;
     o.queries = 20000;
   } else {
@@ -178,17 +185,36 @@ int main(int argc, char** argv) {
   std::vector<CPeptideIon> ions;
   std::set<std::string> keys;
   std::vector<std::size_t> singleSite;  // peptides that queries may use
+  const bool siteTraps = opt.mode == "sites";
   for (uint32_t i = 0; static_cast<int>(ions.size()) < opt.peptides; ++i) {
     CDatagenRandom rng(opt.seed, kLibraryPeptides, i);
-    CDatagenPeptide p = MakePeptide(rng, rng.Chance(0.03) ? 2 : 1);
-    if (!keys.insert(Key(p)).second) continue;
-    bool longPeptide = p.sequence.size() > 12;
-    int first = rng.Chance(0.75) ? (longPeptide ? 3 : 2) : (longPeptide ? 2 : 3);
-    peptides.push_back(p);
-    ions.push_back({peptides.size() - 1, first});
-    if (static_cast<int>(ions.size()) < opt.peptides && rng.Chance(0.2))
-      ions.push_back({peptides.size() - 1, 5 - first});
-    if (p.sites.size() == 1) singleSite.push_back(peptides.size() - 1);
+    std::vector<CDatagenPeptide> forms;
+    if (!siteTraps) {
+      forms.push_back(MakePeptide(rng, rng.Chance(0.03) ? 2 : 1));
+    } else {
+      // Shares of library peptides: 12 % with several sequons, 5 % with the
+      // sequon across the cleavage, 4 % a same-mass neighbour of an earlier one.
+      const double pick = rng.Uniform();
+      CDatagenPeptide neighbour;
+      if (pick < 0.12) forms = MakeMultiSequonForms(rng, rng.Chance(0.7) ? 2 : 3);
+      else if (pick < 0.17) forms.push_back(MakeCrossCleavagePeptide(rng));
+      else if (pick < 0.21 && !singleSite.empty() &&
+               MakeSwappedNeighbour(peptides[singleSite[static_cast<std::size_t>(
+                                        rng.Int(0, static_cast<int>(singleSite.size()) - 1))]],
+                                    rng, neighbour))
+        forms.push_back(neighbour);
+      else forms.push_back(MakePeptide(rng, rng.Chance(0.03) ? 2 : 1));
+    }
+    for (const CDatagenPeptide& p : forms) {
+      if (static_cast<int>(ions.size()) >= opt.peptides || !keys.insert(Key(p)).second) continue;
+      bool longPeptide = p.sequence.size() > 12;
+      int first = rng.Chance(0.75) ? (longPeptide ? 3 : 2) : (longPeptide ? 2 : 3);
+      peptides.push_back(p);
+      ions.push_back({peptides.size() - 1, first});
+      if (static_cast<int>(ions.size()) < opt.peptides && rng.Chance(0.2))
+        ions.push_back({peptides.size() - 1, 5 - first});
+      if (p.sites.size() == 1) singleSite.push_back(peptides.size() - 1);
+    }
   }
   std::size_t markedPeptides = peptides.size();
 
@@ -285,11 +311,15 @@ int main(int argc, char** argv) {
     return it != libraryMasses.end() && *it <= mh + tolerance;
   };
 
-  if (opt.mode == "quality") {
+  if (opt.mode == "quality" || siteTraps) {
     COutFile mgf((out / "glyco_run1.mgf").string());
     COutFile truth((out / "truth.tsv").string());
     CQualityContext context{chem, peptides, singleSite, keys, nearLibraryMass,
                             opt.seed, kQualityPlan, kQualitySpectra, kQualityPeptides};
+    context.siteTraps = siteTraps;
+    for (std::size_t i = 0; i < markedPeptides; ++i)
+      for (int site : peptides[i].sites) context.librarySites[FormKey(peptides[i])].push_back(site);
+    for (auto& [form, sites] : context.librarySites) std::sort(sites.begin(), sites.end());
     WriteQualityQueries(context, opt.queries, mgf.get(), truth.get());
   } else {
     COutFile mgf((out / "glyco_run1.mgf").string());
@@ -361,6 +391,8 @@ int main(int argc, char** argv) {
         for (int k = rng.Int(3, 12); k > 0; --k) sequence += RandomResidue(rng);
         sequence += rng.Chance(0.5) ? 'K' : 'R';
         sequence += peptides[i].sequence;
+        // completes a sequon across the cleavage
+        if (peptides[i].following) sequence += peptides[i].following;
       }
       std::fprintf(fasta.get(), ">sp|QDG%05zu|QDG%05zu_SYNTH Synthetic glycoprotein %zu\n", n, n, n);
       for (std::size_t i = 0; i < sequence.size(); i += 60)
@@ -411,13 +443,13 @@ int main(int argc, char** argv) {
                  path("lib_run2.mgf").c_str(), path(opt.mode + ".quolib").c_str(), path(fastaName).c_str(),
                  path(opt.mode + ".quolib").c_str(), path("glyco_run1.mgf").c_str(),
                  path(opt.mode + "_result.txt").c_str());
-    if (opt.mode == "quality") std::fputs("glycopeptide_fdr = yes\n", conf.get());
+    if (opt.mode == "quality" || siteTraps) std::fputs("glycopeptide_fdr = yes\n", conf.get());
   }
 
   std::printf("Generated %s dataset in %s\n", opt.mode.c_str(), out.string().c_str());
   std::printf("  library: %zu marked peptides, %zu peptide ions, %zu identified spectra (%zu unmarked ions to be dropped)\n",
               markedPeptides, ions.size(), plan.size(), unmarked.size());
-  if (opt.mode == "quality") std::printf("  queries: %d of every kind, see truth.tsv\n", opt.queries);
+  if (opt.mode == "quality" || siteTraps) std::printf("  queries: %d of every kind, see truth.tsv\n", opt.queries);
   else
     std::printf("  queries: %d (glyco %d, absent from library %d, no marker %d, weak marker %d)\n", opt.queries,
                 glycoCount, absentCount, noMarkerCount, opt.queries - glycoCount - absentCount - noMarkerCount);

@@ -22,6 +22,8 @@ CFdrCounts RunFdr(const CSearchParam& settings) {
   estimator.Estimate();
   // The ranked file is complete: the search's lines are no longer needed.
   std::remove(tmpPath.c_str());
-  if (settings.glycopeptide_fdr) RunGlycopeptideQValues(settings, estimator.records);
-  return estimator.Counts();
+  CFdrCounts counts = estimator.Counts();
+  if (settings.glycopeptide_fdr)
+    counts.lowestGlycopeptideQ = RunGlycopeptideQValues(settings, estimator.records);
+  return counts;
 }

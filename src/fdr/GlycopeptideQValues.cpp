@@ -189,7 +189,7 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
   return learned;
 }
 
-void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records) {
+double RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records) {
   std::cout << ">> Estimating glycopeptide q-values." << std::endl;
   CMassTable table;
   CMassTableFile tableFile;
@@ -209,5 +209,9 @@ void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdr
   WriteQValueFiles(hits, settings.output_result_filename);
   std::cout << "\t\t" << QValuePath(settings.output_result_filename) << "\n    ---- Complete!\n"
             << std::endl;
+  double lowest = 1.0;
+  for (const CGlycopeptideHit& hit : hits)
+    if (!hit.decoy) lowest = std::min(lowest, hit.glycopeptideQ);
+  return lowest;
 }
 

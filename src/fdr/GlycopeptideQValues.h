@@ -48,4 +48,5 @@ void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits);
 bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits);
 
 // The stage step: all of the above for the ranked lines of the FDR stage.
-void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records);
+// Returns the smallest GlycopeptideQ of a target line (1 when there is none).
+double RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records);

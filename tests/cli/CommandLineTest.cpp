@@ -115,6 +115,10 @@ TEST_F(CommandLine, RunTakesPathsFromTheConfigurationFolderAndGivesTheClassicFil
                                   "    summary      " + (native / "demo_result_summary.json") + "\n"})
     EXPECT_TRUE(Has(result.output, line)) << line << result.output;
   EXPECT_TRUE(Has(ReadFile(native / "demo_result_summary.json"), "\"queries_read\":400"));
+  // A run of a few hundred lines says below which q-value it can tell nothing.
+  EXPECT_TRUE(Has(result.output, "too few lines and decoys to tell a GlycopeptideQ below 0.0"))
+      << result.output;
+  EXPECT_TRUE(Has(ReadFile(native / "demo_result_summary.json"), "\"lowest_glycopeptide_q\":"));
   // The report of the run lands beside its result.
   const auto report =
       RunProgram(kProgram, "", elsewhere_.path().string(), {"report", native / "run.conf", "--top", "5"});

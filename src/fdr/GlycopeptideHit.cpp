@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <unordered_map>
 
 #include "search/QueryBatch.h"
@@ -75,6 +76,21 @@ std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& re
   return hits;
 }
 
+std::vector<CGlycopeptideHit> ReadCandidateHits(const std::string& path) {
+  std::vector<CFdrRecord> records;
+  std::ifstream in(path, std::ios::binary);
+  for (std::string line; std::getline(in, line);) {
+    const std::vector<std::string> f = SplitTabs(line);
+    CFdrRecord& record = records.emplace_back();
+    record.score = Number(f, 19);
+    record.isDecoy = f.size() > 20 && f[20] == "D";
+    record.line = std::move(line);
+  }
+  std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
+  for (CGlycopeptideHit& hit : hits) hit.candidateRank = 1;
+  return hits;
+}
+
 void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchParam& settings,
              const std::vector<CGlycan>& glycanTable, CSiteRules* sites) {
   const double precursorTolerance = ToleranceInDa(settings.query_precursor_ion_tolerance,
@@ -99,6 +115,8 @@ void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchPara
   const double glycanMass = hit.call.glycan != nullptr ? hit.call.glycan->mass
                                                        : hit.queryMH - hit.peptideMH;
   const int preferred = std::atoi(hit.glycoLoc.c_str());
+  hit.ladder = ReadLadder(sites->calculator, byMz, highest, productTolerance);
+  hit.fragmentIons = hit.ladder.InnerFound();
   hit.site = CallSite(CandidateSites(hit.sequence, hit.following, sites->acceptors), preferred,
                       sites->calculator, glycanMass, byMz, highest, productTolerance);
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "fdr/FdrEstimator.h"
+#include "fdr/FragmentLadder.h"
 #include "fdr/GlycanCall.h"
 #include "fdr/SiteCall.h"
 #include "run/Param.h"
@@ -15,14 +16,22 @@ struct CGlycopeptideHit {
   std::string following;  // the two residues after the peptide, "-" where unknown
   int32_t proteinStart = 0;  // 1-based start in the protein; 0 when unknown
   bool decoy = false;
+  int32_t candidateRank = 0;  // 0: the result line's candidate; 1 on: the next best of the search
   double queryMH = 0.0, peptideMH = 0.0, searchScore = 0.0;
   uint32_t charge = 0;
   int innerB = 0, innerY = 0;  // matched b and y ions of 3 residues or more
+  // b and y ions of 3 residues or more of the sequence found in the query
+  // (bare or with a HexNAc), whatever the library spectrum holds.
+  int fragmentIons = 0;
+  // The chance that another candidate of the query is the right one.
+  double candidateRival = 0.0;
+  double sameMassRival = 0.0;  // the same, of forms of the same mass alone
   std::vector<double> lineFeatures;  // the scores and ion counts of the line
   // From the spectrum; left empty when it isn't found (the glycan then loses).
   CGlycanCall call;
   CYIonEvidence yIons, decoyYIons;  // at the peptide's Y ions, and moved by a decoy glycan
   CSiteCall site;
+  CFragmentLadder ladder;  // the b and y ions of the sequence, found or not
   // Results.
   std::vector<double> features;
   double score = 0.0;  // the final score
@@ -47,6 +56,10 @@ struct CSiteRules {
   CPeptideCalculator calculator;
   std::string acceptors = "ST";
 };
+
+// The hits of the next best candidates the search kept (a file of result
+// lines without a header), with candidateRank 1; none when the file is absent.
+std::vector<CGlycopeptideHit> ReadCandidateHits(const std::string& path);
 
 // Reads the query spectra named by the hits from the datasets of `settings`,
 // prepares them as the search did, and calls each hit's glycan and Y ions

@@ -39,7 +39,13 @@ std::vector<double> CombinedQValues(const std::vector<double>& peptideQ,
 // whose glycan is the other isotope reading or sits on another site.
 void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits);
 
-// Final score and the three q-values of every hit, from the hits alone:
+// Of the candidates of each query (the result line's, rank 0, and the next
+// best the search kept), keeps the one of the highest score in the reported
+// one's place; `scores` follow. Candidates without a reported one are dropped.
+void KeepBestCandidates(std::vector<CGlycopeptideHit>& hits, std::vector<double>& scores);
+
+// Final score and the three q-values of every hit, from the hits alone, after
+// the best of the candidates of each query is kept (KeepBestCandidates):
 // PeptideQ from the library decoys on the rescored match, GlycanQ from a
 // competition of each glycan's Y ions against a decoy glycan's, and
 // GlycopeptideQ, the chance that either is wrong, bounded by their sum, plus

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "fdr/FragmentLadder.h"
 #include "run/Param.h"
 
 namespace {
@@ -21,13 +22,6 @@ constexpr double kBareWhenHolding = 0.65;
 constexpr double kTellApart = 4.0;
 // A peak list denser than this share of its m/z range tells nothing.
 constexpr double kDensestChance = 0.5;
-
-bool Found(const std::vector<CPeak>& peaksByMz, double mz, CProductTolerance tolerance) {
-  const double width = ToleranceInDa(tolerance.value, tolerance.unit, mz);
-  auto it = std::lower_bound(peaksByMz.begin(), peaksByMz.end(), mz - width,
-                             [](const CPeak& p, double m) { return p.mz < m; });
-  return it != peaksByMz.end() && it->mz <= mz + width;
-}
 
 // Log of the likelihood ratio of one ion (found or not) for a site it holds
 // against one it does not, with `chance` the chance of a match by accident.
@@ -103,7 +97,7 @@ CSiteCall CallSite(const std::vector<int>& candidates, int preferred,
         double chance = 0.0;
         for (uint32_t z = 1; z <= highestCharge; ++z) {
           const double mz = peptide.FragmentMz(type, k, z) + shifts[state] / z;
-          found |= Found(peaksByMz, mz, tolerance);
+          found |= HasPeakNear(peaksByMz, mz, tolerance);
           const double width = 2.0 * ToleranceInDa(tolerance.value, tolerance.unit, mz);
           chance = 1.0 - (1.0 - chance) * (1.0 - std::min(kDensestChance, perMz * width));
         }
@@ -135,3 +129,4 @@ void ApplySite(const CSiteCall& site, std::string& sequence, std::string& glycoL
   sequence[static_cast<std::size_t>(site.reported) - 1] = 'J';
   glycoLoc = std::to_string(site.reported);
 }
+

@@ -48,3 +48,4 @@ CSiteCall CallSite(const std::vector<int>& candidates, int preferred,
 // The sequence with J at the reported site and N at every other J, and
 // GlycoLoc naming the site; both unchanged when there is no candidate.
 void ApplySite(const CSiteCall& site, std::string& sequence, std::string& glycoLoc);
+

@@ -19,7 +19,12 @@ constexpr double kWithGlycan = 0.02;
 constexpr double kBareWhenHolding = 0.65;
 // Candidates whose likelihood is within this factor of the best are told
 // apart by no ion worth the name: they form the reported site's group.
-constexpr double kTellApart = 4.0;
+constexpr double kTellApart = 2.0;
+// The ions of one spectrum are not independent witnesses (a peak can be
+// another ion's, the retention varies from spectrum to spectrum): their
+// summed log-likelihoods are tempered so that the probabilities hold on
+// generated data with the truth known.
+constexpr double kEvidenceWeight = 0.55;
 // A peak list denser than this share of its m/z range tells nothing.
 constexpr double kDensestChance = 0.5;
 
@@ -101,7 +106,7 @@ CSiteCall CallSite(const std::vector<int>& candidates, int preferred,
           const double width = 2.0 * ToleranceInDa(tolerance.value, tolerance.unit, mz);
           chance = 1.0 - (1.0 - chance) * (1.0 - std::min(kDensestChance, perMz * width));
         }
-        const double weight = Weigh(found, chance, whenHolding[state], whenNot[state]);
+        const double weight = kEvidenceWeight * Weigh(found, chance, whenHolding[state], whenNot[state]);
         for (std::size_t c = 0; c < n; ++c)
           if (holds(candidates[c])) logLikelihood[c] += weight;
       }

@@ -97,8 +97,16 @@ void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchPara
                                                   settings.query_precursor_ion_unit, hit.queryMH);
   hit.call = CallGlycan(glycanTable, hit.queryMH - hit.peptideMH, precursorTolerance, hit.queryMH,
                         prepared.hasNeuAc, prepared.hasNeuGc);
-  std::vector<CPeak> byMz = prepared.peaks;
-  std::sort(byMz.begin(), byMz.end(), [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; });
+  // The peaks by m/z: as given when they are (every hit of a spectrum shares
+  // one sorting), else a sorted copy.
+  auto byMass = [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; };
+  std::vector<CPeak> sortedCopy;
+  const bool sorted = std::is_sorted(prepared.peaks.begin(), prepared.peaks.end(), byMass);
+  if (!sorted) {
+    sortedCopy = prepared.peaks;
+    std::sort(sortedCopy.begin(), sortedCopy.end(), byMass);
+  }
+  const std::vector<CPeak>& byMz = sorted ? prepared.peaks : sortedCopy;
   // Y ions carry at most one charge less than the precursor.
   const uint32_t highest = hit.charge > 1 ? hit.charge - 1 : 1;
   const CProductTolerance productTolerance{settings.query_product_ion_tolerance,
@@ -142,6 +150,8 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
       // The first spectrum of a name is the one the search reported first.
       if (it == wanted.end() || !batch.IsGlycoSpectrum(spectra.back())) continue;
       batch.PrepareSpectrum(spectra.back(), highResolution);
+      std::sort(spectra.back().peaks.begin(), spectra.back().peaks.end(),
+                [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; });
       for (std::size_t i : it->second) CallHit(hits[i], spectra.back(), settings, glycanTable, sites);
       wanted.erase(it);
     }

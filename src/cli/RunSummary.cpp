@@ -8,6 +8,9 @@
 
 namespace {
 
+// The smallest q-value cut a summary assumes a run can tell.
+constexpr double kResolvedGlycopeptideQ = 0.001;
+
 std::string Row(const std::string& label, uint64_t value, const std::string& note = "") {
   char buffer[160];
   std::snprintf(buffer, sizeof buffer, "    %-34s %12llu%s\n", label.c_str(),
@@ -69,6 +72,15 @@ std::string FormatSummary(const CRunSummary& s) {
     const std::string note = q ? " (FDR column: the target-decoy estimate)" : "";
     text += Row("target lines at FDR <= 1 %", s.ranked.targetsAt1, note);
     text += Row("target lines at FDR <= 5 %", s.ranked.targetsAt5, note);
+    // A small run (one glycoprotein) cannot tell q-values below one over its
+    // lines: say so rather than let an empty 0.1 % cut look like a result.
+    if (s.ranked.lowestGlycopeptideQ > kResolvedGlycopeptideQ) {
+      char line[160];
+      std::snprintf(line, sizeof line,
+                    "    too few lines and decoys to tell a GlycopeptideQ below %.4f\n",
+                    s.ranked.lowestGlycopeptideQ);
+      text += line;
+    }
   }
   text += "  Files\n";
   if (s.construction) {
@@ -128,6 +140,7 @@ std::string SummaryJson(const CRunSummary& s) {
     json["fdr"]["targets_fdr_1"] = s.ranked.targetsAt1;
     json["fdr"]["targets_fdr_5"] = s.ranked.targetsAt5;
     json["fdr"]["seconds"] = s.fdrSeconds;
+    if (!s.qvalues.empty()) json["fdr"]["lowest_glycopeptide_q"] = s.ranked.lowestGlycopeptideQ;
   }
   json["mass_table"] = s.massTable;
   if (!s.stamp.empty()) {

@@ -20,6 +20,10 @@ struct CFdrCounts {
   uint64_t decoys = 0;
   uint64_t targetsAt1 = 0;  // target lines at FDR <= 0.01
   uint64_t targetsAt5 = 0;  // target lines at FDR <= 0.05
+  // With glycopeptide q-values: the smallest GlycopeptideQ of a target line,
+  // below which the run has too few lines and decoys to tell anything; 0
+  // without q-values.
+  double lowestGlycopeptideQ = 0.0;
 };
 
 // Ranks the lines of a result file by score and gives each a false discovery

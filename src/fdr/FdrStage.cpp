@@ -39,6 +39,8 @@ CFdrCounts RunFdr(const CSearchParam& settings) {
   CFdrEstimator estimator(tmpPath, resultPath, 1);
   estimator.Estimate();
   std::remove(scratch.Path().c_str());
-  if (settings.glycopeptide_fdr) RunGlycopeptideQValues(settings, estimator.records);
-  return estimator.Counts();
+  CFdrCounts counts = estimator.Counts();
+  if (settings.glycopeptide_fdr)
+    counts.lowestGlycopeptideQ = RunGlycopeptideQValues(settings, estimator.records);
+  return counts;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <fstream>
 #include <unordered_map>
 
 #include "run/QuietOutput.h"
@@ -74,6 +75,8 @@ std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& re
     hit.searchScore = record.score;
     hit.decoy = record.isDecoy;
     hit.protein = text(23);
+    hit.following = text(25);
+    hit.proteinStart = static_cast<int32_t>(std::max(0.0, Number(f, 26)));
     CountInnerIons(text(21), hit.innerB, hit.innerY);
     // score, DPS, PS, peptide ions and share, Y ions and share, candidates
     hit.lineFeatures = {record.score, Number(f, 17), Number(f, 18), Number(f, 15), Number(f, 16),
@@ -82,14 +85,37 @@ std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& re
   return hits;
 }
 
+std::vector<CGlycopeptideHit> ReadCandidateHits(const std::string& path) {
+  std::vector<CFdrRecord> records;
+  std::ifstream in(path, std::ios::binary);
+  for (std::string line; std::getline(in, line);) {
+    const std::vector<std::string> f = SplitTabs(line);
+    CFdrRecord& record = records.emplace_back();
+    record.score = Number(f, 19);
+    record.isDecoy = f.size() > 20 && f[20] == "D";
+    record.line = std::move(line);
+  }
+  std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
+  for (CGlycopeptideHit& hit : hits) hit.candidateRank = 1;
+  return hits;
+}
+
 void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchParam& settings,
-             const std::vector<CGlycan>& glycanTable) {
+             const std::vector<CGlycan>& glycanTable, CSiteRules* sites) {
   const double precursorTolerance = ToleranceInDa(settings.query_precursor_ion_tolerance,
                                                   settings.query_precursor_ion_unit, hit.queryMH);
   hit.call = CallGlycan(glycanTable, hit.queryMH - hit.peptideMH, precursorTolerance, hit.queryMH,
                         prepared.hasNeuAc, prepared.hasNeuGc);
-  std::vector<CPeak> byMz = prepared.peaks;
-  std::sort(byMz.begin(), byMz.end(), [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; });
+  // The peaks by m/z: as given when they are (every hit of a spectrum shares
+  // one sorting), else a sorted copy.
+  auto byMass = [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; };
+  std::vector<CPeak> sortedCopy;
+  const bool sorted = std::is_sorted(prepared.peaks.begin(), prepared.peaks.end(), byMass);
+  if (!sorted) {
+    sortedCopy = prepared.peaks;
+    std::sort(sortedCopy.begin(), sortedCopy.end(), byMass);
+  }
+  const std::vector<CPeak>& byMz = sorted ? prepared.peaks : sortedCopy;
   // Y ions carry at most one charge less than the precursor.
   const uint32_t highest = hit.charge > 1 ? hit.charge - 1 : 1;
   const CProductTolerance productTolerance{settings.query_product_ion_tolerance,
@@ -99,10 +125,21 @@ void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchPara
   const std::size_t offsets = sizeof kDecoyOffsets / sizeof kDecoyOffsets[0];
   hit.decoyYIons = FindYIons(byMz, hit.peptideMH, highest, kDecoyOffsets[h % offsets],
                              productTolerance);
+  if (sites == nullptr) return;
+  std::vector<CModification> modifications;
+  ParseModifications(hit.modification, modifications);
+  if (!sites->calculator.SetPeptide(hit.sequence, modifications)) return;
+  const double glycanMass = hit.call.glycan != nullptr ? hit.call.glycan->mass
+                                                       : hit.queryMH - hit.peptideMH;
+  const int preferred = std::atoi(hit.glycoLoc.c_str());
+  hit.ladder = ReadLadder(sites->calculator, byMz, highest, productTolerance);
+  hit.fragmentIons = hit.ladder.InnerFound();
+  hit.site = CallSite(CandidateSites(hit.sequence, hit.following, sites->acceptors), preferred,
+                      sites->calculator, glycanMass, byMz, highest, productTolerance);
 }
 
 void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam& settings,
-                         const std::vector<CGlycan>& glycanTable) {
+                         const std::vector<CGlycan>& glycanTable, CSiteRules* sites) {
   std::unordered_map<std::string, std::vector<std::size_t>> wanted;
   for (std::size_t i = 0; i < hits.size(); ++i) wanted[hits[i].query].push_back(i);
   CQueryBatch batch;
@@ -124,7 +161,9 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
       // The first spectrum of a name is the one the search reported first.
       if (it == wanted.end() || !batch.IsGlycoSpectrum(spectra.back())) continue;
       batch.PrepareSpectrum(spectra.back(), highResolution);
-      for (std::size_t i : it->second) CallHit(hits[i], spectra.back(), settings, glycanTable);
+      std::sort(spectra.back().peaks.begin(), spectra.back().peaks.end(),
+                [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; });
+      for (std::size_t i : it->second) CallHit(hits[i], spectra.back(), settings, glycanTable, sites);
       wanted.erase(it);
     }
     reader->CloseRead();

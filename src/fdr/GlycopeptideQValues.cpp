@@ -2,19 +2,23 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <iostream>
 #include <numeric>
+#include <tuple>
+#include <unordered_map>
 
 #include "fdr/QValueFiles.h"
 #include "fdr/QValues.h"
 #include "fdr/Rescorer.h"
 #include "molecule/MassTable.h"
+#include "run/Motif.h"
 
 const std::vector<std::string> kGlycopeptideFeatureNames = {
     "score",      "dps",         "ps",        "pepIons",      "pepIntShare",
     "yIons",      "yIntShare",   "lnCandidates", "yCoreLevels", "yCoreIntensity",
     "sialicContradictions", "absMassErrorPpm", "isotope", "massErrorZ2",
-    "innerB",     "innerY",      "innerCoverage"};
+    "innerB",     "innerY",      "innerCoverage", "fragmentIons", "fragmentShare"};
 
 namespace {
 
@@ -25,13 +29,18 @@ namespace {
 // the scores built on them are left out: they confirm the peptide's mass,
 // which a library neighbour of about the same mass shares.
 // Places in kGlycopeptideFeatureNames: lnCandidates, massErrorZ2, innerB,
-// innerY, innerCoverage.
-constexpr std::size_t kPeptideFeatures[] = {7, 13, 14, 15, 16};
+// innerY, innerCoverage, and the b and y ions of the sequence found in the
+// query (fragmentIons, fragmentShare), which tell apart library neighbours
+// whose spectra share most peaks, such as two residues swapped.
+constexpr std::size_t kPeptideFeatures[] = {7, 13, 14, 15, 16, 17, 18};
 
 // A squared standardised mass error above this says no more than this does.
 constexpr double kLargestErrorZ2 = 25.0;
 
 constexpr uint32_t kFolds = 3;
+
+// Peptide forms closer in mass than this are the same mass to the precursor.
+constexpr double kSameMassDa = 0.02;
 
 }  // namespace
 
@@ -64,19 +73,42 @@ double IsotopeRivalProbability(const CGlycanCall& call, const CMassErrorModel& m
   return chosen + rival > 0.0 ? rival / (chosen + rival) : 0.5;
 }
 
+std::vector<double> CombinedQValues(const std::vector<double>& peptideQ,
+                                    const std::vector<double>& glycanQ,
+                                    const std::vector<bool>& lost, std::vector<double> scores) {
+  // Lines in order of their larger separate q-value, then their sum, then the
+  // score; equal keys share a rank, which the competition treats as a tie.
+  const std::size_t n = peptideQ.size();
+  std::vector<std::size_t> order(n);
+  std::iota(order.begin(), order.end(), 0);
+  for (double& s : scores)
+    if (std::isnan(s)) s = -INFINITY;
+  auto key = [&](std::size_t i) {
+    return std::make_tuple(std::max(peptideQ[i], glycanQ[i]), peptideQ[i] + glycanQ[i], -scores[i]);
+  };
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return key(a) < key(b); });
+  std::vector<double> rank(n);
+  for (std::size_t k = 0; k < n; ++k)
+    rank[order[k]] = k > 0 && key(order[k]) == key(order[k - 1]) ? rank[order[k - 1]]
+                                                                 : -static_cast<double>(k);
+  return TargetDecoyQValues(rank, lost);
+}
+
 void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits) {
   std::vector<bool> confident;
-  for (const CGlycopeptideHit& hit : hits) confident.push_back(hit.peptideQ + hit.glycanQ <= kConfidentQ);
+  for (const CGlycopeptideHit& hit : hits) confident.push_back(hit.combinedQ <= kConfidentQ);
   const CMassErrorModel model = FitMassErrors(hits, confident);
-  // Lines in order of their own risk; each then carries the larger of the
-  // two decoy estimates so far plus the mean chance, so far, that the other
-  // isotope reading was the right one.
+  // Lines in order of their own risk; each then carries the highest combined
+  // decoy estimate so far plus the mean chance, so far, that the line is
+  // wrong in a way no decoy models: the other isotope reading was the right
+  // one, or the glycan sits on another site.
   std::vector<std::size_t> order(hits.size());
   std::iota(order.begin(), order.end(), 0);
   std::vector<double> rival(hits.size());
   for (std::size_t i = 0; i < hits.size(); ++i)
-    rival[i] = IsotopeRivalProbability(hits[i].call, model);
-  auto base = [&](std::size_t i) { return std::min(1.0, hits[i].peptideQ + hits[i].glycanQ); };
+    rival[i] = 1.0 - (1.0 - IsotopeRivalProbability(hits[i].call, model)) *
+                         (1.0 - hits[i].sameMassRival) * hits[i].site.GroupProbability();
+  auto base = [&](std::size_t i) { return hits[i].combinedQ; };
   std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
     return base(a) + rival[a] < base(b) + rival[b];
   });
@@ -93,20 +125,77 @@ void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits) {
   }
 }
 
+void KeepBestCandidates(std::vector<CGlycopeptideHit>& hits, std::vector<double>& scores) {
+  // The candidates of a query share its name and precursor; the reported one
+  // keeps its place and yields it only to a better one.
+  std::unordered_map<std::string, std::size_t> reportedAt;
+  auto key = [&](const CGlycopeptideHit& hit) { return hit.query + '\t' + std::to_string(hit.queryMH); };
+  std::vector<std::vector<std::size_t>> members(hits.size());
+  for (std::size_t i = 0; i < hits.size(); ++i)
+    if (hits[i].candidateRank == 0 && reportedAt.emplace(key(hits[i]), i).second) members[i].push_back(i);
+  for (std::size_t i = 0; i < hits.size(); ++i) {
+    if (hits[i].candidateRank == 0) continue;
+    const auto found = reportedAt.find(key(hits[i]));
+    if (found != reportedAt.end()) members[found->second].push_back(i);
+  }
+  auto form = [&](std::size_t i) {
+    std::string sequence = hits[i].sequence;
+    std::replace(sequence.begin(), sequence.end(), 'J', 'N');
+    return sequence + '\t' + hits[i].modification;
+  };
+  auto sameMass = [&](std::size_t a, std::size_t b) {
+    return std::fabs(hits[a].peptideMH - hits[b].peptideMH) < kSameMassDa && form(a) != form(b);
+  };
+  std::vector<CGlycopeptideHit> kept;
+  std::vector<double> keptScores;
+  for (std::size_t r = 0; r < hits.size(); ++r) {
+    if (hits[r].candidateRank != 0) continue;
+    std::size_t best = r;
+    for (std::size_t m : members[r])
+      if (scores[m] > scores[best]) best = m;
+    // Forms of the same mass share precursor, Y ions and glycan: the b and y
+    // ions that one has and the other lacks decide between them.
+    double strongest = 0.0;
+    const std::size_t byScore = best;
+    for (std::size_t m : members[r]) {
+      if (!sameMass(m, byScore)) continue;
+      const double odds = LadderLogOdds(hits[m].ladder, hits[byScore].ladder);
+      if (odds > strongest) strongest = odds, best = m;
+    }
+    // The chance that another form is the right one: by the scores read as
+    // log-odds, and among forms of the same mass by their ions.
+    double others = 0.0, same = 0.0;
+    for (std::size_t m : members[r]) {
+      if (m == best || form(m) == form(best)) continue;
+      others += std::exp(std::min(50.0, scores[m] - scores[best]));
+      if (sameMass(m, best)) same += std::exp(std::min(50.0, -LadderLogOdds(hits[best].ladder, hits[m].ladder)));
+    }
+    keptScores.push_back(scores[best]);
+    kept.push_back(std::move(hits[best]));
+    kept.back().candidateRival = others / (1.0 + others);
+    kept.back().sameMassRival = same / (1.0 + same);
+  }
+  hits = std::move(kept);
+  scores = std::move(keptScores);
+}
+
 bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
   CRescoreInput input;
   input.foldCount = kFolds;
   std::vector<double> fallback;
   std::vector<bool> decoys;
+  std::vector<double> reported;  // the search scores of the result lines' candidates
   for (const CGlycopeptideHit& hit : hits) {
     fallback.push_back(hit.searchScore);
+    reported.push_back(hit.candidateRank == 0 ? hit.searchScore : NAN);
     decoys.push_back(hit.decoy);
   }
   // The mass errors of right matches gather near a centre, those of chance
   // matches spread over the whole tolerance: a feature once the centre is
   // known from the lines that the search score alone puts at 1 %.
   std::vector<bool> confident;
-  for (double q : TargetDecoyQValues(fallback, decoys)) confident.push_back(q <= kConfidentQ);
+  for (double q : TargetDecoyQValues(reported, decoys)) confident.push_back(q <= kConfidentQ);
+  for (std::size_t i = 0; i < hits.size(); ++i) confident[i] = confident[i] && hits[i].candidateRank == 0;
   const CMassErrorModel errors = FitMassErrors(hits, confident);
   for (CGlycopeptideHit& hit : hits) {
     hit.features = hit.lineFeatures;
@@ -121,6 +210,8 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
     hit.features.insert(hit.features.end(), {static_cast<double>(hit.innerB),
                                              static_cast<double>(hit.innerY),
                                              (hit.innerB + hit.innerY) / innerLadder});
+    hit.features.insert(hit.features.end(), {static_cast<double>(hit.fragmentIons),
+                                             hit.fragmentIons / innerLadder});
     // A damaged line can hold "nan" or "inf"; one such value would spoil the
     // model for every line.
     for (double& value : hit.features)
@@ -129,9 +220,31 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
     for (std::size_t j : kPeptideFeatures) row.push_back(hit.features[j]);
     input.decoys.push_back(hit.decoy);
     input.folds.push_back(static_cast<uint32_t>(StableHash(hit.query) % kFolds));
+    // The model learns from the reported candidates, whose targets are
+    // mostly right at the top; the other candidates are mostly wrong targets.
+    input.scoredOnly.push_back(hit.candidateRank != 0);
   }
   bool learned = false;
-  const std::vector<double> scores = CrossValidatedScores(input, fallback, learned);
+  std::vector<double> scores = CrossValidatedScores(input, fallback, learned);
+  KeepBestCandidates(hits, scores);
+  std::vector<bool> peptideDecoys;
+  for (const CGlycopeptideHit& hit : hits) peptideDecoys.push_back(hit.decoy);
+  // A second model adds how close the best other peptide form came (as
+  // Percolator's delta score): a chance match of a peptide the library lacks
+  // has several neighbours of about its mass scoring alike, and so does a
+  // pair of library neighbours that the spectrum hardly tells apart.
+  CRescoreInput chosen;
+  chosen.foldCount = kFolds;
+  for (std::size_t i = 0; i < hits.size(); ++i) {
+    std::vector<double>& row = chosen.features.emplace_back();
+    for (std::size_t j : kPeptideFeatures) row.push_back(hits[i].features[j]);
+    const double rival = std::clamp(hits[i].candidateRival, 1e-6, 1.0 - 1e-6);
+    row.push_back(std::log(rival / (1.0 - rival)));
+    chosen.decoys.push_back(hits[i].decoy);
+    chosen.folds.push_back(static_cast<uint32_t>(StableHash(hits[i].query) % kFolds));
+  }
+  bool learnedAgain = false;
+  scores = CrossValidatedScores(chosen, scores, learnedAgain);
   std::vector<double> glycanScores;
   std::vector<bool> glycanDecoys;
   for (std::size_t i = 0; i < hits.size(); ++i) {
@@ -141,18 +254,31 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
     glycanDecoys.push_back(decoy >= target);
     glycanScores.push_back(std::max(target, decoy));
   }
-  const std::vector<double> peptideQ = TargetDecoyQValues(scores, input.decoys);
+  const std::vector<double> peptideQ = TargetDecoyQValues(scores, peptideDecoys);
   const std::vector<double> glycanQ = TargetDecoyQValues(glycanScores, glycanDecoys);
+  std::vector<bool> lost;
+  for (std::size_t i = 0; i < hits.size(); ++i) lost.push_back(hits[i].decoy || glycanDecoys[i]);
+  std::vector<double> combinedQ = CombinedQValues(peptideQ, glycanQ, lost, scores);
+  // Wrong peptides that no decoy models (absent forms matched to a library
+  // neighbour) make the sum of the two separate estimates the safer bound
+  // wherever decoys are many; it adds no decoy of its own, so a small run
+  // keeps the single one of the competition.
+  const std::vector<double> plainPeptideQ = TargetDecoyQValues(scores, peptideDecoys, 0.0);
+  const std::vector<double> plainGlycanQ = TargetDecoyQValues(glycanScores, glycanDecoys, 0.0);
+  for (std::size_t i = 0; i < hits.size(); ++i)
+    combinedQ[i] = std::min(1.0, std::max(combinedQ[i], plainPeptideQ[i] + plainGlycanQ[i]));
   for (std::size_t i = 0; i < hits.size(); ++i) {
     CGlycopeptideHit& hit = hits[i];
     hit.peptideQ = peptideQ[i];
     hit.glycanQ = glycanDecoys[i] ? 1.0 : glycanQ[i];
+    // A glycan that lost to its decoy is no identification, whatever its rank.
+    hit.combinedQ = glycanDecoys[i] ? 1.0 : combinedQ[i];
   }
   AddIsotopeRivals(hits);
   return learned;
 }
 
-void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records) {
+double RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records) {
   std::cout << ">> Estimating glycopeptide q-values." << std::endl;
   CMassTable table;
   CMassTableFile tableFile;
@@ -160,10 +286,24 @@ void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdr
   tableFile.Load(table);
   table.SortGlycans();
   std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
-  AddSpectrumEvidence(hits, settings, table.glycans);
+  const std::string candidatePath = CandidatePath(settings.output_result_filename);
+  for (CGlycopeptideHit& hit : ReadCandidateHits(candidatePath)) hits.push_back(std::move(hit));
+  CSiteRules sites;
+  sites.calculator.massTable = table;
+  // The sequons of the construction's motifs; NXS and NXT when the run
+  // builds no library and so names none.
+  const std::string acceptors =
+      MotifAcceptorLetters(CParam::GetInstance().construction.GetMotifRegex());
+  if (!acceptors.empty()) sites.acceptors = acceptors;
+  AddSpectrumEvidence(hits, settings, table.glycans, &sites);
   EstimateGlycopeptideQValues(hits);
   WriteQValueFiles(hits, settings.output_result_filename);
+  std::remove(candidatePath.c_str());
   std::cout << "\t\t" << QValuePath(settings.output_result_filename) << "\n    ---- Complete!\n"
             << std::endl;
+  double lowest = 1.0;
+  for (const CGlycopeptideHit& hit : hits)
+    if (!hit.decoy) lowest = std::min(lowest, hit.glycopeptideQ);
+  return lowest;
 }
 

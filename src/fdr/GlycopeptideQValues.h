@@ -27,11 +27,25 @@ CMassErrorModel FitMassErrors(const std::vector<CGlycopeptideHit>& hits,
                               const std::vector<bool>& confident);
 // The chance that the other isotope reading of a call is the right one.
 double IsotopeRivalProbability(const CGlycanCall& call, const CMassErrorModel& model);
-// GlycopeptideQ from PeptideQ and GlycanQ plus the expected share of calls
-// whose glycan is the other isotope reading.
+// The q-value of the whole identification from one competition: a line
+// counts as a decoy when its peptide is a library decoy or its glycan `lost`
+// to the decoy glycan, and the lines are walked in order of their separate
+// q-values (then `scores`). Adding one decoy once, not once per part, keeps a
+// small run of one glycoprotein from a floor of 2 / targets.
+std::vector<double> CombinedQValues(const std::vector<double>& peptideQ,
+                                    const std::vector<double>& glycanQ,
+                                    const std::vector<bool>& lost, std::vector<double> scores);
+// GlycopeptideQ from the combined q-value plus the expected share of lines
+// whose glycan is the other isotope reading or sits on another site.
 void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits);
 
-// Final score and the three q-values of every hit, from the hits alone:
+// Of the candidates of each query (the result line's, rank 0, and the next
+// best the search kept), keeps the one of the highest score in the reported
+// one's place; `scores` follow. Candidates without a reported one are dropped.
+void KeepBestCandidates(std::vector<CGlycopeptideHit>& hits, std::vector<double>& scores);
+
+// Final score and the three q-values of every hit, from the hits alone, after
+// the best of the candidates of each query is kept (KeepBestCandidates):
 // PeptideQ from the library decoys on the rescored match, GlycanQ from a
 // competition of each glycan's Y ions against a decoy glycan's, and
 // GlycopeptideQ, the chance that either is wrong, bounded by their sum, plus
@@ -40,4 +54,5 @@ void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits);
 bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits);
 
 // The stage step: all of the above for the ranked lines of the FDR stage.
-void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records);
+// Returns the smallest GlycopeptideQ of a target line (1 when there is none).
+double RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records);

@@ -6,6 +6,7 @@
 #include <numeric>
 
 #include "fdr/GlycopeptideQValues.h"
+#include "fdr/SiteCall.h"
 #include "run/NumberText.h"
 #include "run/Process.h"
 #include "run/SafeOutputFile.h"
@@ -41,7 +42,7 @@ void WriteQValueFiles(std::vector<CGlycopeptideHit>& hits, const std::string& re
   std::string text =
       "QuerySpecName\tSequence\tModification\tGlycanName\tGlycoLoc\tTarget/DecoyHit\tScore\t"
       "PeptideQ\tGlycanQ\tGlycopeptideQ\tIsobaricGlycans\tSearchGlycanName\tIsotopeShift\t"
-      "GlycanMassErrorPpm\n";
+      "GlycanMassErrorPpm\tSiteProbability\tSiteCandidates\tProteinGlycoLoc\n";
   std::string pin = "SpecId\tLabel\tScanNr";
   for (const std::string& name : kGlycopeptideFeatureNames) (pin += '\t') += name;
   pin += "\tPeptide\tProteins\n";
@@ -49,8 +50,10 @@ void WriteQValueFiles(std::vector<CGlycopeptideHit>& hits, const std::string& re
     const CGlycopeptideHit& hit = hits[order[rank]];
     std::string isobaric;
     for (const CGlycan* glycan : hit.call.isobaric) (isobaric += isobaric.empty() ? "" : ";") += glycan->name;
-    text += hit.query + '\t' + hit.sequence + '\t' + hit.modification + '\t' + hit.GlycanName() +
-            '\t' + hit.glycoLoc + '\t' + (hit.decoy ? "D" : "T") + '\t';
+    std::string sequence = hit.sequence, glycoLoc = hit.glycoLoc;
+    ApplySite(hit.site, sequence, glycoLoc);
+    text += hit.query + '\t' + sequence + '\t' + hit.modification + '\t' + hit.GlycanName() +
+            '\t' + glycoLoc + '\t' + (hit.decoy ? "D" : "T") + '\t';
     for (double value : {hit.score, hit.peptideQ, hit.glycanQ, hit.glycopeptideQ}) {
       AppendFixed(text, value, 6);
       text += '\t';
@@ -59,6 +62,15 @@ void WriteQValueFiles(std::vector<CGlycopeptideHit>& hits, const std::string& re
     AppendSigned(text, hit.call.isotope);
     text += '\t';
     AppendFixed(text, hit.call.massErrorPpm, 2);
+    text += '\t';
+    AppendFixed(text, hit.site.ReportedProbability(), 4);
+    text += '\t';
+    for (std::size_t i = 0; i < hit.site.group.size(); ++i)
+      (text += i > 0 ? ";" : "") += std::to_string(hit.site.group[i]);
+    text += '\t';
+    // The site in the protein, where the search found the peptide in one.
+    if (hit.site.reported > 0 && hit.proteinStart > 0)
+      AppendSigned(text, hit.proteinStart + hit.site.reported - 1);
     text += '\n';
 
     pin += hit.query + '\t' + (hit.decoy ? "-1" : "1") + '\t';

@@ -5,7 +5,7 @@
 #include <numeric>
 
 std::vector<double> TargetDecoyQValues(const std::vector<double>& scores,
-                                       const std::vector<bool>& decoys) {
+                                       const std::vector<bool>& decoys, double addedDecoys) {
   const std::size_t n = scores.size();
   std::vector<std::size_t> order(n);
   std::iota(order.begin(), order.end(), 0);
@@ -22,7 +22,7 @@ std::vector<double> TargetDecoyQValues(const std::vector<double>& scores,
       (decoys[order[end]] ? decoyCount : targets) += 1.0;
       ++end;
     }
-    const double estimate = targets > 0.0 ? std::min(1.0, (decoyCount + 1.0) / targets) : 1.0;
+    const double estimate = targets > 0.0 ? std::min(1.0, (decoyCount + addedDecoys) / targets) : 1.0;
     for (std::size_t k = start; k < end; ++k) q[order[k]] = estimate;
     start = end;
   }

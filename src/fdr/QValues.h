@@ -8,6 +8,7 @@
 // the estimate honest when decoys are few: no q-value falls below 1 / T, and a
 // list without decoys is not reported as free of errors.
 // Returns one q-value per hit, in the order of the arguments; a score that is
-// not a number ranks last.
+// not a number ranks last. `addedDecoys` 0 gives the plain D / T, for sums of
+// several estimates that should carry the added decoy once only.
 std::vector<double> TargetDecoyQValues(const std::vector<double>& scores,
-                                       const std::vector<bool>& decoys);
+                                       const std::vector<bool>& decoys, double addedDecoys = 1.0);

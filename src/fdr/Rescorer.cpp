@@ -53,7 +53,7 @@ CModel Train(const CRescoreInput& in, uint32_t heldOut) {
   std::vector<std::size_t> rows;
   double targets = 0.0, decoys = 0.0;
   for (std::size_t i = 0; i < in.features.size(); ++i) {
-    if (in.folds[i] == heldOut) continue;
+    if (in.folds[i] == heldOut || (!in.scoredOnly.empty() && in.scoredOnly[i])) continue;
     rows.push_back(i);
     (in.decoys[i] ? decoys : targets) += 1.0;
     for (std::size_t j = 0; j < d; ++j) model.mean[j] += in.features[i][j];
@@ -114,7 +114,8 @@ std::vector<double> CrossValidatedScores(const CRescoreInput& input,
   for (uint32_t fold = 0; fold < input.foldCount; ++fold) {
     std::size_t targets = 0, decoys = 0;
     for (std::size_t i = 0; i < input.decoys.size(); ++i)
-      if (input.folds[i] != fold) ++(input.decoys[i] ? decoys : targets);
+      if (input.folds[i] != fold && (input.scoredOnly.empty() || !input.scoredOnly[i]))
+        ++(input.decoys[i] ? decoys : targets);
     if (targets < kMinimalTrainingClass || decoys < kMinimalTrainingClass) return fallback;
   }
   std::vector<double> scores(input.features.size(), 0.0);

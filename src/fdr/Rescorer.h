@@ -11,6 +11,9 @@ struct CRescoreInput {
   std::vector<std::vector<double>> features;  // one row per hit, all rows equally long
   std::vector<bool> decoys;
   std::vector<uint32_t> folds;  // fold of each hit, below foldCount
+  // Hits that are scored but not learned from (another candidate of a
+  // query, not the one it was reported with); empty: none.
+  std::vector<bool> scoredOnly;
   uint32_t foldCount = 3;
 };
 

@@ -33,6 +33,11 @@ std::string CompanionFileName(const std::string& libraryPath);
 // "<stem>_qvalues<extension>" beside the result file (the result's own
 // extension when none is given), and the feature file "<stem>_qvalues.pin".
 std::string QValuePath(const std::string& resultPath, const std::string& extension = "");
+// Where the search leaves the next best candidates of each result line for
+// the q-value step, which removes the file: beside the q-value file.
+inline std::string CandidatePath(const std::string& resultPath) {
+  return QValuePath(resultPath, ".candidates");
+}
 
 // The message of a companion file that can't be written.
 std::string CompanionWriteError(const std::string& path);

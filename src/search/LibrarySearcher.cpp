@@ -34,6 +34,11 @@ void CLibrarySearcher::Finish() {
               << param.output_result_filename << '\n' << FailureLine(resultOutput) << std::flush;
     ExitProgram(1);
   }
+  if (param.glycopeptide_fdr && !candidateOutput.Commit()) {
+    std::cout << "Output search result error: failed to open file "
+              << CandidatePath(param.output_result_filename) << std::endl;
+    ExitProgram(1);
+  }
 }
 
 void CLibrarySearcher::Init(const CSearchParam& settings) {
@@ -53,6 +58,7 @@ void CLibrarySearcher::StartWorkers() {
     auto worker = std::make_unique<CWorker>();
     worker->matcher.Init(512);
     worker->matcher.UsePeakTable(&library.peakTable);
+    worker->matcher.alternativeCount = param.glycopeptide_fdr ? kAlternativeCandidates : 0;
     worker->candidates.reserve(1024);
     worker->glycanLists.reserve(1024, 4096);
     workers.push_back(std::move(worker));
@@ -187,7 +193,27 @@ void CLibrarySearcher::MatchQueries(CWorker& worker, CSearchBatch& work, std::si
     worker.glycanLists.clear();
     library.SelectCandidates(query, worker.candidates, worker.glycanLists);
     work.results[i] = worker.matcher.Match(query, worker.candidates, worker.glycanLists);
+    if (param.glycopeptide_fdr && work.results[i].library != nullptr)
+      AddIsotopeCandidates(worker, query, work.results[i]);
   }
+}
+
+void CLibrarySearcher::AddIsotopeCandidates(CWorker& worker, CSpectrum& query, CSpectralMatch& result) {
+  // The precursor read one isotope peak lower, as if it was picked one too
+  // high: its best candidates join the alternatives. The query is the same
+  // spectrum and gets its mass back, so the result lines show the measured one.
+  const double measured = query.precursorMass;
+  query.precursorMass = measured - kIsotopeStepMass;
+  worker.candidates.clear();
+  worker.glycanLists.clear();
+  library.SelectCandidates(query, worker.candidates, worker.glycanLists);
+  CSpectralMatch lower = worker.matcher.Match(query, worker.candidates, worker.glycanLists);
+  query.precursorMass = measured;
+  if (lower.library == nullptr || lower.score < 0.0) return;
+  std::vector<CSpectralMatch> more = std::move(lower.alternatives);
+  lower.alternatives.clear();
+  result.alternatives.push_back(std::move(lower));
+  for (CSpectralMatch& match : more) result.alternatives.push_back(std::move(match));
 }
 
 void CLibrarySearcher::WriteBatch(CSearchBatch& work) {

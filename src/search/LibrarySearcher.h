@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "run/Param.h"
+#include "run/RunPaths.h"
 #include "run/SafeOutputFile.h"
 #include "search/GlycanLists.h"
 #include "search/MatchingPool.h"
@@ -14,6 +15,11 @@
 #include "search/SpectralLibrary.h"
 #include "search/SpectralMatch.h"
 #include "search/SpectrumMatcher.h"
+
+// Next best candidates per query that the glycopeptide q-values weigh.
+inline constexpr std::size_t kAlternativeCandidates = 3;
+// One isotope step of a peptide-sized molecule (13C - 12C).
+inline constexpr double kIsotopeStepMass = 1.0033548;
 
 // The search stage object: loads the library once, walks the query datasets in
 // batches, matches every accepted query and writes the result file. Batches
@@ -53,6 +59,9 @@ class CLibrarySearcher {
   CSearchCounts counts;
   CSafeOutputFile resultOutput;
   std::ofstream& resultFile = resultOutput.Stream();
+  // With glycopeptide q-values: the next best candidates of each result line,
+  // as result lines, for the q-value step (which removes the file).
+  CSafeOutputFile candidateOutput;
 
  private:
   // What one matching thread owns.
@@ -69,6 +78,9 @@ class CLibrarySearcher {
   void ReadBatch(CSearchBatch& work, std::size_t& damagedPeaks, std::size_t& damagedSpectra);
   // Prepares, selects candidates for and matches queries [first, last).
   void MatchQueries(CWorker& worker, CSearchBatch& work, std::size_t first, std::size_t last);
+  // With glycopeptide q-values: the best candidates of the precursor read
+  // one isotope peak lower join `result`'s alternatives.
+  void AddIsotopeCandidates(CWorker& worker, CSpectrum& query, CSpectralMatch& result);
   // Shows what reading printed, then the result lines; in query order.
   void WriteBatch(CSearchBatch& work);
 

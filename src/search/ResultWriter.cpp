@@ -42,6 +42,11 @@ void CLibrarySearcher::WriteHeader() {
     ExitProgram(1);
   }
   resultFile << kSearchResultHeader << '\n';
+  if (param.glycopeptide_fdr && !candidateOutput.Open(CandidatePath(param.output_result_filename))) {
+    std::cout << "Output search result error: failed to open file "
+              << CandidatePath(param.output_result_filename) << std::endl;
+    ExitProgram(1);
+  }
 }
 
 void CLibrarySearcher::FormatResultLine(const CSpectralMatch& match, std::string& line) {
@@ -102,5 +107,11 @@ void CLibrarySearcher::WriteResults(std::span<const CSpectralMatch> batchResults
     ++(IsDecoyEntry(*match.library) ? counts.decoys : counts.targets);
     lineBuffer += '\n';
     resultFile.write(lineBuffer.data(), static_cast<std::streamsize>(lineBuffer.size()));
+    for (const CSpectralMatch& alternative : match.alternatives) {
+      if (!(alternative.score > kMinimalReportedScore) || alternative.library == nullptr) continue;
+      FormatResultLine(alternative, lineBuffer);
+      lineBuffer += '\n';
+      candidateOutput.Stream().write(lineBuffer.data(), static_cast<std::streamsize>(lineBuffer.size()));
+    }
   }
 }

@@ -30,6 +30,10 @@ struct CSpectralMatch {
   std::vector<std::pair<uint32_t, uint32_t>> dpsPairs;
   std::vector<std::pair<uint32_t, uint32_t>> psPairs;
   int32_t site = 0;  // the residue glycoLoc names when it picks one of the J sites, else 0
+  // With glycopeptide q-values: the next best candidates, best first, each
+  // complete as a result of its own (ion names and site), for the rescoring
+  // to choose among. Empty otherwise; never part of the result file.
+  std::vector<CSpectralMatch> alternatives = {};
 
   // Back to the empty state; keeps the room of strings and lists.
   void Reset() {
@@ -48,5 +52,6 @@ struct CSpectralMatch {
     matchedYIonCount = matchedPeptideIonCount = candidateCount = 0;
     dpsPairs.clear();
     psPairs.clear();
+    alternatives.clear();
   }
 };

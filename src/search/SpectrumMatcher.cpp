@@ -117,21 +117,48 @@ CSpectralMatch CSpectrumMatcher::Match(CSpectrum& query,
       chosen = i;
   }
   const std::size_t picked = chosen < matchCount ? chosen : first;
+  // The next best candidates with enough peptide ions, for the glycopeptide
+  // q-values to weigh against the picked one.
+  std::vector<CSpectralMatch> alternatives;
+  if (chosen < matchCount && alternativeCount > 0) {
+    std::vector<std::size_t> next;
+    for (std::size_t i = 0; i < matchCount; ++i)
+      if (i != picked && matches[i].matchedPeptideIonCount >= minimalIons) next.push_back(i);
+    const std::size_t kept = std::min<std::size_t>(alternativeCount, next.size());
+    std::partial_sort(next.begin(), next.begin() + static_cast<std::ptrdiff_t>(kept), next.end(),
+                      ranksBefore);
+    next.resize(kept);
+    for (std::size_t i : next) {
+      Complete(query, *candidates[i], i);
+      current.candidateCount = static_cast<int32_t>(matchCount);
+      alternatives.push_back(current);
+    }
+  }
   // The site is read from the picked candidate's marks, and the records keep
   // no pair lists; the marks and pairs at hand are those of the candidate
   // scored last, so another one is scored once more.
-  if (picked + 1 != matchCount) ScoreCandidateFast(query, *candidates[picked], nullptr, false);
-  std::swap(current.dpsPairs, scratch.dpsPairs);
-  std::swap(current.psPairs, scratch.psPairs);
-  current = matches[picked];
-  std::swap(current.dpsPairs, scratch.dpsPairs);
-  std::swap(current.psPairs, scratch.psPairs);
+  if (picked + 1 != matchCount || !alternatives.empty()) Complete(query, *candidates[picked], picked);
+  else CompleteScored(picked);
   if (chosen == matchCount) current.score = -1.0;
   current.candidateCount = static_cast<int32_t>(matchCount);
+  current.alternatives = std::move(alternatives);
   ClearMatches();
+  return current;
+}
+
+void CSpectrumMatcher::Complete(const CSpectrum& query, const CSpectrum& library, std::size_t record) {
+  ScoreCandidateFast(query, library, nullptr, false);
+  CompleteScored(record);
+}
+
+void CSpectrumMatcher::CompleteScored(std::size_t record) {
+  std::swap(current.dpsPairs, scratch.dpsPairs);
+  std::swap(current.psPairs, scratch.psPairs);
+  current = scratch.matches[record];
+  std::swap(current.dpsPairs, scratch.dpsPairs);
+  std::swap(current.psPairs, scratch.psPairs);
   NameMatchedIons();
   AssignSite(scratch.view, scratch.marks);
-  return current;
 }
 
 void CSpectrumMatcher::StartCandidate(const CSpectrum& library) {

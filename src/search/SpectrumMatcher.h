@@ -59,6 +59,8 @@ class CSpectrumMatcher {
   std::span<const uint32_t> Marks() const { return scratch.marks; }
 
   CSpectralMatch current;
+  // How many next best candidates Match keeps in current.alternatives.
+  std::size_t alternativeCount = 0;
 
  private:
   // Scores `library` into current and the marks; appends the record if `keep`.
@@ -90,6 +92,11 @@ class CSpectrumMatcher {
   void FinishCandidate(const CSpectrum& query, bool keep);
   // Fills dpsIons and psIons of `current` from its pair lists and scratch.view.
   void NameMatchedIons();
+  // Makes `current` the scored record `record` of `library` with its pair
+  // lists, ion names and site: scored again, or (CompleteScored) when it was
+  // the candidate scored last.
+  void Complete(const CSpectrum& query, const CSpectrum& library, std::size_t record);
+  void CompleteScored(std::size_t record);
 
   CMatchScratch scratch;
   const CLibraryPeakTable* peakTable = nullptr;

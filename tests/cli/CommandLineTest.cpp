@@ -140,6 +140,10 @@ TEST_F(CommandLine, RunTakesPathsFromTheConfigurationFolderAndGivesTheClassicFil
   std::snprintf(row, sizeof row, "    %-34s %12zu\n", "targets at GlycopeptideQ <= 1 %", passing);
   EXPECT_TRUE(passing > 100 && Has(result.output, row)) << row << result.output;
   EXPECT_TRUE(Has(result.output, " (FDR column: the target-decoy estimate)\n"));
+  // A run of a few hundred lines says below which q-value it can tell nothing.
+  EXPECT_TRUE(Has(result.output, "too few lines and decoys to tell a GlycopeptideQ below 0.0"))
+      << result.output;
+  EXPECT_TRUE(Has(ReadFile(native / "demo_result_summary.json"), "\"lowest_glycopeptide_q\":"));
   // The report of the run lands beside its result.
   const auto report =
       RunProgram(kProgram, "", elsewhere_.path().string(), {"report", native / "run.conf", "--top", "5"});

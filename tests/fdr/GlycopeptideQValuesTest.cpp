@@ -191,17 +191,44 @@ TEST(GlycopeptideQValues, TheOtherIsotopeReadingAddsItsChanceToTheGlycopeptideQV
   }
 
   // Two lines sure of peptide and glycan; the second has an isotope rival at
-  // equal error. The first keeps the sum of its q-values, the second carries
+  // equal error. The first keeps its combined q-value, the second carries
   // the mean rival chance of the two.
   std::vector<CGlycopeptideHit> hits(2);
   for (CGlycopeptideHit& hit : hits) {
-    hit.peptideQ = hit.glycanQ = 0.001;
+    hit.combinedQ = 0.002;
     hit.call.glycan = &table[0];
   }
   hits[1].call.rivalErrorPpm = 0.0;
   AddIsotopeRivals(hits);
   EXPECT_DOUBLE_EQ(hits[0].glycopeptideQ, 0.002);
   EXPECT_DOUBLE_EQ(hits[1].glycopeptideQ, 0.002 + 0.1 / 2);
+}
+
+TEST(GlycopeptideQValues, ASmallRunOfOnePeptideIsNotHeldAboveOnePercentByTwoFloors) {
+  // 105 target lines with clear Y ions and one decoy below them all, as in a
+  // run of one glycoprotein: one added decoy, not one per part.
+  std::vector<CGlycopeptideHit> hits(106);
+  for (std::size_t i = 0; i < hits.size(); ++i) {
+    hits[i].query = "q" + std::to_string(i);
+    hits[i].searchScore = 100.0 - static_cast<double>(i) * 0.1;
+    hits[i].yIons = {5, 0.5};
+    hits[i].decoyYIons = {1, 0.01};
+  }
+  hits.back().decoy = true;
+  EstimateGlycopeptideQValues(hits);
+  for (std::size_t i = 0; i < 105; ++i) EXPECT_NEAR(hits[i].glycopeptideQ, 1.0 / 105, 1e-12) << i;
+  hits[50].decoyYIons = {6, 0.6};  // this glycan loses to its decoy: a wrong line, counted once
+  EstimateGlycopeptideQValues(hits);
+  EXPECT_DOUBLE_EQ(hits[50].glycopeptideQ, 1.0);
+  EXPECT_NEAR(hits[0].glycopeptideQ, 2.0 / 104, 1e-12);
+
+  // Lines walked by the larger of their two q-values: the line that lost
+  // (to either decoy) is the seventh, though its peptide ranks first.
+  const std::vector<double> q = CombinedQValues(
+      {0.001, 0.001, 0.001, 0.001, 0.001, 0.001, 0.0001, 0.001, 0.001},
+      {0.001, 0.002, 0.003, 0.004, 0.005, 0.006, 0.0065, 0.007, 0.008},
+      {false, false, false, false, false, false, true, false, false}, std::vector<double>(9, 1.0));
+  EXPECT_EQ(q, (std::vector<double>{1.0 / 6, 1.0 / 6, 1.0 / 6, 1.0 / 6, 1.0 / 6, 1.0 / 6, 0.25, 0.25, 0.25}));
 }
 
 TEST(GlycopeptideQValues, FileNamesTakeTheSuffixBeforeTheExtension) {

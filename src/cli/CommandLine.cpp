@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/ExitStatus.h"
+#include "cli/ExportCommand.h"
 #include "cli/FdrCommand.h"
 #include "cli/ReportCommand.h"
 #include "cli/RunCommand.h"
@@ -74,6 +75,21 @@ int RunCommandLine(int argc, char** argv) {
       ->check(CLI::NonNegativeNumber);
   reportCommand->add_option("--mass-table", report.massTable, "mass table, as for run");
 
+  CRunOptions exportRun;
+  std::string exportFormat;
+  std::string exportOut;
+  CLI::App* exportCommand = app.add_subcommand(
+      "export", "After a run: write its identifications as mzIdentML 1.1 or pepXML, with the "
+                "q-values where the run wrote them.");
+  exportCommand->add_option("CONFIG", exportRun.config, "configuration file of the run")->required();
+  exportCommand->add_option("--to", exportFormat, "format: mzid or pepxml")
+      ->required()
+      ->check(CLI::IsMember({"mzid", "pepxml"}));
+  exportCommand->add_option("--out", exportOut,
+                            "file to write; default: beside the result file, <result stem>.mzid "
+                            "or <result stem>.pep.xml");
+  exportCommand->add_option("--mass-table", exportRun.massTable, "mass table, as for run");
+
   CLI::App* templateCommand = app.add_subcommand(
       "template", "Print a complete configuration with every key and what it means.");
 
@@ -90,11 +106,12 @@ int RunCommandLine(int argc, char** argv) {
   if (*runCommand) return RunCommand(run);
   if (*fdrCommand) return FdrCommand(fdrOut, fdrInputs);
   if (*reportCommand) return ReportCommand(report, reportOut, reportTop);
+  if (*exportCommand) return ExportCommand(exportRun, exportFormat, exportOut);
   if (*templateCommand) {
     std::cout << ConfigTemplate();
     return exit_status::kSuccess;
   }
-  std::cout << "A command is required: run, fdr, report or template" << std::endl
+  std::cout << "A command is required: run, fdr, report, export, convert-library or template" << std::endl
             << "Run with --help for more information." << std::endl;
   return exit_status::kUsage;
 }

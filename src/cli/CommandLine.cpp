@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "cli/ConvertLibraryCommand.h"
 #include "cli/ExitStatus.h"
 #include "cli/ExportCommand.h"
 #include "cli/FdrCommand.h"
@@ -90,6 +91,19 @@ int RunCommandLine(int argc, char** argv) {
                             "or <result stem>.pep.xml");
   exportCommand->add_option("--mass-table", exportRun.massTable, "mass table, as for run");
 
+  CConvertOptions convert;
+  CLI::App* convertCommand = app.add_subcommand(
+      "convert-library", "Convert a library between .quolib and NIST MSP, by the extensions.");
+  convertCommand->add_option("IN", convert.in, "library to read (.quolib or .msp)")->required();
+  convertCommand->add_option("OUT", convert.out, "library to write (.msp or .quolib)")->required();
+  convertCommand->add_option("--config", convert.config,
+                             "configuration whose [construction] settings make the entries "
+                             "(required to read MSP)");
+  convertCommand->add_option("--site-mark", convert.siteMark,
+                             "MSP modification name that marks a former site asparagine; "
+                             "default Deamidated");
+  convertCommand->add_option("--mass-table", convert.massTable, "mass table, as for run");
+
   CLI::App* templateCommand = app.add_subcommand(
       "template", "Print a complete configuration with every key and what it means.");
 
@@ -107,6 +121,7 @@ int RunCommandLine(int argc, char** argv) {
   if (*fdrCommand) return FdrCommand(fdrOut, fdrInputs);
   if (*reportCommand) return ReportCommand(report, reportOut, reportTop);
   if (*exportCommand) return ExportCommand(exportRun, exportFormat, exportOut);
+  if (*convertCommand) return ConvertLibraryCommand(convert);
   if (*templateCommand) {
     std::cout << ConfigTemplate();
     return exit_status::kSuccess;

@@ -85,13 +85,17 @@ int ConvertLibraryCommand(const CConvertOptions& options) {
   CMspImportCounts counts;
   if (!ConvertMspToQuolib(options.in, options.out, settings, mark, counts))
     return exit_status::kRefused;
-  std::cout << "MSP records read                " << counts.records + counts.faulty << "\n"
-            << "  skipped: faulty               " << counts.faulty << "\n"
-            << "  skipped: unknown modification " << counts.unknownModification << "\n"
-            << "  skipped: no " << mark.mspName << " on a sequon    " << counts.noSite << "\n"
-            << "  skipped: decoy records        " << counts.decoys << " (each target gets its decoy anew)\n"
-            << "entries written                 " << counts.entries << " to " << options.out
-            << std::endl;
+  const auto line = [](const std::string& label, std::size_t count) {
+    std::cout << "  " << label << std::string(label.size() < 44 ? 44 - label.size() : 1, ' ')
+              << count << "\n";
+  };
+  line("MSP records", counts.records + counts.faulty);
+  line("skipped: faulty (reported above)", counts.faulty);
+  line("skipped: unknown modification", counts.unknownModification);
+  line("skipped: no " + mark.mspName + " on a sequon", counts.noSite);
+  line("skipped: decoys of other origin", counts.decoys);
+  line("entries written", counts.entries);
+  std::cout << "  library                                     " << options.out << std::endl;
   // Records that could not be read make the conversion incomplete, as a faulty list does a run.
   return counts.faulty > 0 ? exit_status::kIncomplete : exit_status::kSuccess;
 }

@@ -12,9 +12,26 @@
 #include "idlist/SpecListIO.h"
 #include "molecule/MassTable.h"
 #include "run/SafeOutputFile.h"
+#include "run/StringUtil.h"
 #include "spectrum/QuolibIO.h"
 
 namespace {
+
+// The items of Mods=: "2/4,C,CAM/7,M,Oxidation" as NIST comments write it, or
+// "2(4,C,CAM)(7,M,Oxidation)" as in NIST names; none for "0".
+std::vector<std::string> ModificationItems(const std::string& text) {
+  std::vector<std::string> items;
+  if (text.find('(') == std::string::npos) {
+    Split(text, "/", items);
+    if (!items.empty()) items.erase(items.begin());  // the count
+    return items;
+  }
+  for (std::size_t open = text.find('('); open != std::string::npos; open = text.find('(', open + 1)) {
+    const std::size_t close = text.find(')', open);
+    items.push_back(text.substr(open + 1, close == std::string::npos ? std::string::npos : close - open - 1));
+  }
+  return items;
+}
 
 // The peptide of a record as an identification list would give it; false
 // (with the reason) when a modification is not in the mass table.
@@ -26,32 +43,25 @@ bool RecordPeptide(const CMspRecord& record, const CMassTable& table, const CSit
   peptide.charge = slash != std::string::npos ? std::atoi(record.name.c_str() + slash + 1)
                    : charge != record.comment.end() ? std::atoi(charge->second.c_str()) : 0;
   const auto mods = record.comment.find("Mods");
-  if (mods != record.comment.end() && mods->second != "0") {
-    // count(position,residue,name)...
-    for (std::size_t open = mods->second.find('('); open != std::string::npos;
-         open = mods->second.find('(', open + 1)) {
-      const std::size_t close = mods->second.find(')', open);
-      std::vector<std::string> parts;
-      std::string item = mods->second.substr(open + 1, close == std::string::npos ? std::string::npos : close - open - 1);
-      for (std::size_t from = 0, comma;; from = comma + 1) {
-        comma = item.find(',', from);
-        parts.push_back(item.substr(from, comma == std::string::npos ? std::string::npos : comma - from));
-        if (comma == std::string::npos) break;
-      }
-      if (parts.size() != 3 || parts[1].size() != 1) {
-        problem = "has a Mods= item that is not (position,residue,name): (" + item + ")";
-        return false;
-      }
-      const int32_t position = std::atoi(parts[0].c_str()) + 1;
-      std::string name = parts[2] == mark.mspName ? mark.tableName
-                                                  : TableModificationName(table, parts[2], parts[1][0]);
-      if (name.empty()) {
-        problem = "has the unknown modification " + parts[2] + " (on " + parts[1] +
-                  "), which the mass table lacks";
-        return false;
-      }
-      peptide.modifications.push_back({position, name});
+  std::vector<std::string> items;
+  if (mods != record.comment.end()) items = ModificationItems(mods->second);
+  for (const std::string& item : items) {
+    std::vector<std::string> parts;
+    Split(item, ",", parts);
+    if (parts.size() != 3 || parts[1].size() != 1) {
+      problem = "has a Mods= item that is not position,residue,name: " + item;
+      return false;
     }
+    const int32_t position = std::atoi(parts[0].c_str()) + 1;
+    const std::string name = parts[2] == mark.mspName
+                                 ? mark.tableName
+                                 : TableModificationName(table, parts[2], parts[1][0]);
+    if (name.empty()) {
+      problem = "has the unknown modification " + parts[2] + " (on " + parts[1] +
+                "), which the mass table lacks";
+      return false;
+    }
+    peptide.modifications.push_back({position, name});
   }
   SortModifications(peptide.modifications);
   const auto value = [&](const char* key) {

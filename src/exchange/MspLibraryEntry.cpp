@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "exchange/MspWriter.h"
 #include "run/StringUtil.h"
 
 namespace {
@@ -18,7 +19,7 @@ void ReadLibraryPeaks(const CMspRecord& record, CSpectrum& spectrum) {
   for (const CMspPeak& line : record.peaks) {
     CPeak peak;
     peak.mz = line.mz;
-    peak.intensity = line.intensity;
+    peak.intensity = line.intensity / kMspIntensityScale;
     const char kind = line.annotation.empty() ? '?' : line.annotation[0];
     if (kind == 'b' || kind == 'y') {
       peak.type = kind == 'b' ? kPeakB : kPeakY;

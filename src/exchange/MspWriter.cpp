@@ -1,6 +1,7 @@
 #include "exchange/MspWriter.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "exchange/MspNames.h"
 #include "run/NumberText.h"
@@ -43,7 +44,7 @@ void WriteMspRecord(const CSpectrum& entry, const CSiteMark& mark, const CMassTa
       sequence[i] = 'N';
       sites.push_back(static_cast<int32_t>(i + 1));
     }
-  // Mods=count(position,residue,name)... with 0-based positions, in position order.
+  // Mods=count/position,residue,name/... as NIST comments give it, 0-based positions in order.
   std::vector<std::pair<int32_t, std::string>> mods;
   for (const CModification& mod : entry.modifications)
     mods.emplace_back(std::max(mod.position, 1), MspModificationName(mod.name));
@@ -53,8 +54,7 @@ void WriteMspRecord(const CSpectrum& entry, const CSiteMark& mark, const CMassTa
   std::string modText = std::to_string(mods.size());
   for (const auto& [position, name] : mods) {
     const char residue = position <= static_cast<int32_t>(sequence.size()) ? sequence[static_cast<std::size_t>(position) - 1] : '-';
-    ((((modText += '(') += std::to_string(position - 1) += ',') += residue) += ',') += name;
-    modText += ')';
+    ((((modText += '/') += std::to_string(position - 1) += ',') += residue) += ',') += name;
   }
   if (mods.empty()) modText = "0";
 
@@ -95,7 +95,7 @@ void WriteMspRecord(const CSpectrum& entry, const CSiteMark& mark, const CMassTa
   for (const CPeak& peak : peaks) {
     AppendFixed(text, peak.mz, 4);
     text += '\t';
-    AppendFixed(text, peak.intensity, 4);
+    AppendSigned(text, std::llround(peak.intensity * kMspIntensityScale));
     text += "\t\"" + Annotation(peak, entry.frequency) + "\"\n";
   }
   out << text << "\n";

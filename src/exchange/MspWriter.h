@@ -18,6 +18,7 @@ struct CSiteMark {
 // (the peptide without its glycan has none; reading adds them again from the
 // settings). Peaks carry their annotation and "count/frequency" as NIST's
 // replicate statistic; the Comment keeps what .quolib holds beside.
+// Intensities are scaled to whole numbers (kMspIntensityScale).
 void WriteMspRecord(const CSpectrum& entry, const CSiteMark& mark, const CMassTable& table,
                     std::ostream& out);
 
@@ -25,3 +26,8 @@ void WriteMspRecord(const CSpectrum& entry, const CSiteMark& mark, const CMassTa
 // annotated library peaks.
 inline const std::string kMspOriginKey = "Origin";
 inline const std::string kMspOrigin = "QuorinGlyco";
+
+// Library intensities (0 to 1, four decimals in .quolib) are written as whole
+// numbers up to 10,000, as MSP libraries give them: readers such as OpenMS drop
+// peaks below 2 as noise.
+constexpr double kMspIntensityScale = 10000.0;

@@ -39,6 +39,13 @@ int ExportCommand(const CRunOptions& options, const std::string& format, const s
     return exit_status::kRefused;
   }
   const bool mzid = format == "mzid";
+  if (mzid && run.hits.empty()) {
+    // The schema wants at least one identification result.
+    std::cout << "[Error]: " << run.resultPath
+              << " holds no identification line: an mzIdentML file needs at least one"
+              << std::endl;
+    return exit_status::kRefused;
+  }
   const std::string target =
       !out.empty() ? out : BesideWithSuffix(run.resultPath, mzid ? ".mzid" : ".pep.xml");
   for (const std::string& input : ExportInputs(param, run)) {

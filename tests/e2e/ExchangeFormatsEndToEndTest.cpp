@@ -143,7 +143,8 @@ TEST_F(ExchangeFormats, LibraryThroughMspSearchesToTheSameResultFile) {
 TEST_F(ExchangeFormats, ForeignMspBecomesEntriesAndFaultyRecordsAreNamedAndSkipped) {
   const std::string good =
       "Name: EYPNATK/2\nMW: 836.39\nComment: Spec=Consensus Mods=1/3,N,Deamidated Parent=419.20\n"
-      "Num peaks: 4\n147.1128\t500\t\"y1/0.0\"\n248.1605\t800\n345.2132\t300\n460.2402\t999\n\n";
+      "Num peaks: 4\n147.1128\t500\t\"y1/0.0\"\n248.1605\t800\n345.2132\t300\n460.2402\t999\n\n"
+      "Name: WFANVTEK/2\nComment: Mods=1(3,N,Deamidated)\nNum peaks: 2\n147.11\t10\n276.15\t20\n\n";
   const std::string text =
       good +
       "Name: NOPEAKS/2\nComment: Mods=0\n100.0\t1\n\n"
@@ -155,15 +156,16 @@ TEST_F(ExchangeFormats, ForeignMspBecomesEntriesAndFaultyRecordsAreNamedAndSkipp
   const RunResult converted =
       Quorin({"convert-library", Path("foreign.msp"), Path("foreign.quolib"), "--config", Path("demo.conf")});
   EXPECT_EQ(converted.exitCode, 3) << converted.output;
-  for (const char* named : {"record 2 (NOPEAKS/2) has peak lines but no Num peaks",
-                            "record 3 (DISORDER/2) has peaks out of m/z order",
-                            "record 4 (AANGTK/2) has the unknown modification Glycated",
-                            "record 6 (CUTNGSK/2) ends after 1 of its 3 peaks"})
+  for (const char* named : {"record 3 (NOPEAKS/2) has peak lines but no Num peaks",
+                            "record 4 (DISORDER/2) has peaks out of m/z order",
+                            "record 5 (AANGTK/2) has the unknown modification Glycated",
+                            "record 7 (CUTNGSK/2) ends after 1 of its 3 peaks"})
     EXPECT_NE(converted.output.find(named), std::string::npos) << named << "\n" << converted.output;
   EXPECT_EQ(ReadFile(Path("foreign.msp")), text);
   const std::string library = ReadFile(Path("foreign.quolib"));
   EXPECT_NE(library.find("SpectrumName=1\nSequence=EYPJATK\nModifications=-\n"), std::string::npos) << library;
   EXPECT_NE(library.find("SpectrumName=Decoy_1\n"), std::string::npos);
+  EXPECT_NE(library.find("SpectrumName=2\nSequence=WFAJVTEK\n"), std::string::npos);
   EXPECT_NE(library.find("N Glycan Motif=4:NXT\n"), std::string::npos);
 
   WriteFile(Path("binary.msp"), std::string("Name: X/2\n\0\1\2\3", 14));

@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "cli/ConvertLibraryCommand.h"
 #include "cli/ExitStatus.h"
+#include "cli/ExportCommand.h"
 #include "cli/FdrCommand.h"
 #include "cli/ReportCommand.h"
 #include "cli/RunCommand.h"
@@ -91,6 +93,34 @@ int RunCommandLine(int argc, char** argv) {
       ->check(WholeNumber("0: every hit at FDR <= 1 %"));
   reportCommand->add_option("--mass-table", report.massTable, "mass table, as for run");
 
+  CRunOptions exportRun;
+  std::string exportFormat;
+  std::string exportOut;
+  CLI::App* exportCommand = app.add_subcommand(
+      "export", "After a run: write its identifications as mzIdentML 1.1 or pepXML, with the "
+                "q-values where the run wrote them.");
+  exportCommand->add_option("CONFIG", exportRun.config, "configuration file of the run")->required();
+  exportCommand->add_option("--to", exportFormat, "format: mzid or pepxml")
+      ->required()
+      ->check(CLI::IsMember({"mzid", "pepxml"}));
+  exportCommand->add_option("--out", exportOut,
+                            "file to write; default: beside the result file, <result stem>.mzid "
+                            "or <result stem>.pep.xml");
+  exportCommand->add_option("--mass-table", exportRun.massTable, "mass table, as for run");
+
+  CConvertOptions convert;
+  CLI::App* convertCommand = app.add_subcommand(
+      "convert-library", "Convert a library between .quolib and NIST MSP, by the extensions.");
+  convertCommand->add_option("IN", convert.in, "library to read (.quolib or .msp)")->required();
+  convertCommand->add_option("OUT", convert.out, "library to write (.msp or .quolib)")->required();
+  convertCommand->add_option("--config", convert.config,
+                             "configuration whose [construction] settings make the entries "
+                             "(required to read MSP)");
+  convertCommand->add_option("--site-mark", convert.siteMark,
+                             "MSP modification name that marks a former site asparagine; "
+                             "default Deamidated");
+  convertCommand->add_option("--mass-table", convert.massTable, "mass table, as for run");
+
   CLI::App* templateCommand = app.add_subcommand(
       "template", "Print a complete configuration with every key and what it means.");
 
@@ -107,11 +137,13 @@ int RunCommandLine(int argc, char** argv) {
   if (*runCommand) return RunCommand(run);
   if (*fdrCommand) return FdrCommand(fdrOut, fdrInputs);
   if (*reportCommand) return ReportCommand(report, reportOut, reportTop);
+  if (*exportCommand) return ExportCommand(exportRun, exportFormat, exportOut);
+  if (*convertCommand) return ConvertLibraryCommand(convert);
   if (*templateCommand) {
     std::cout << ConfigTemplate();
     return exit_status::kSuccess;
   }
-  std::cout << "A command is required: run, fdr, report or template" << std::endl
+  std::cout << "A command is required: run, fdr, report, export, convert-library or template" << std::endl
             << "Run with --help for more information." << std::endl;
   return exit_status::kUsage;
 }

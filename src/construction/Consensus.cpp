@@ -23,7 +23,11 @@ bool CIdentifiedAnalyzer::BuildConsensus(const CIdentifiedPeptide& peptide) {
     }
   }
   if (spectra.empty()) return false;
+  MergeIntoConsensus(spectra, param);
+  return true;
+}
 
+void MergeIntoConsensus(std::vector<CSpectrum>& spectra, const CConstructionParam& param) {
   const bool highResolution =
       IsHighResolution(param.library_product_ion_tolerance, param.library_product_ion_unit);
   for (CSpectrum& spectrum : spectra) {
@@ -47,5 +51,4 @@ bool CIdentifiedAnalyzer::BuildConsensus(const CIdentifiedPeptide& peptide) {
   consensus.peaks.erase(firstRare, consensus.peaks.end());
 
   consensus.PowerTransform(kIntensityExponent);
-  return true;
 }

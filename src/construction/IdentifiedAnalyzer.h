@@ -59,6 +59,10 @@ class CIdentifiedAnalyzer {
   void RebuildIndex();
 };
 
+// Cleans the spectra of one peptide and merges them into spectra[0], the
+// consensus (spectra must not be empty).
+void MergeIntoConsensus(std::vector<CSpectrum>& spectra, const CConstructionParam& param);
+
 // Exact key of a library peptide: sequence, charge and the modification list,
 // each part length-prefixed so that two different peptides never share a key.
 void MakePeptideKey(const CPeptideIdentity& peptide, std::string& key);

@@ -15,7 +15,14 @@ namespace {
 
 constexpr std::size_t kProgressStep = 1000;
 
-// Target fields that come from the identification list, not the consensus.
+// Whether a regular file of some content is at the path.
+bool HoldsData(const std::string& path) {
+  std::error_code error;
+  return GetPathKind(path) == PathKind::File && std::filesystem::file_size(path, error) > 0 && !error;
+}
+
+}  // namespace
+
 void CopyPeptideFields(const CIdentifiedPeptide& peptide, CSpectrum& target) {
   target.sequence = peptide.sequence;
   target.modifications = peptide.modifications;
@@ -26,14 +33,6 @@ void CopyPeptideFields(const CIdentifiedPeptide& peptide, CSpectrum& target) {
   target.startPosition = peptide.startPosition;
   target.motifs = peptide.motifs;
 }
-
-// Whether a regular file of some content is at the path.
-bool HoldsData(const std::string& path) {
-  std::error_code error;
-  return GetPathKind(path) == PathKind::File && std::filesystem::file_size(path, error) > 0 && !error;
-}
-
-}  // namespace
 
 void CLibraryBuilder::Construct() {
   std::cout << std::endl << ">> Constructing:" << std::endl;
@@ -71,11 +70,7 @@ void CLibraryBuilder::Construct() {
     target.name = std::to_string(i);
     CopyPeptideFields(peptide, target);
     FinishEntry(target, decoy);
-    target.SortPeaksByMz();
-    library.WriteOne(target);
-    decoy.SortPeaksByMz();
-    library.WriteOne(decoy);
-    counts.entriesWritten += 2;
+    WriteEntryPair(target, decoy);
     if (i % kProgressStep == 0) std::cout << "\t\t" << i << " / " << n << std::endl;
     if (HasProgressSink()) ReportProgress("Building library entries", i, n);
   }
@@ -103,23 +98,38 @@ void CLibraryBuilder::Construct() {
   std::cout << "    --- Complete!" << std::endl << std::endl;
 }
 
+void CLibraryBuilder::WriteEntryPair(CSpectrum& target, CSpectrum& decoy) {
+  target.SortPeaksByMz();
+  library.WriteOne(target);
+  decoy.SortPeaksByMz();
+  library.WriteOne(decoy);
+  counts.entriesWritten += 2;
+}
+
 void CLibraryBuilder::FinishEntry(CSpectrum& target, CSpectrum& decoy) {
   AnnotateSpectrum(target);
-  const std::string& removed = param.modification_remove;
-  if (!removed.empty()) {
-    const std::string acceptors = MotifAcceptorLetters(param.GetMotifRegex());
-    for (std::size_t m = 0; m < target.modifications.size();) {
-      const CModification& mod = target.modifications[m];
-      if (mod.name == removed &&
-          IsGlycoSiteMark(target.sequence, target.lastAA, mod.position, acceptors)) {
-        RemoveModification(target, m);  // the next one moves into index m
-      } else {
-        ++m;
-      }
-    }
-  }
+  CompleteEntry(target, decoy);
+}
+
+void CLibraryBuilder::CompleteEntry(CSpectrum& target, CSpectrum& decoy) {
+  RemoveSiteMarks(target);
   decoy = target;
   MakeDecoy(decoy);
   AddYIons(target, param.added_Y_ions, param.Y_ion_relative_intensity);
   AddYIons(decoy, param.added_Y_ions, param.Y_ion_relative_intensity);
+}
+
+void CLibraryBuilder::RemoveSiteMarks(CSpectrum& target) {
+  const std::string& removed = param.modification_remove;
+  if (removed.empty()) return;
+  const std::string acceptors = MotifAcceptorLetters(param.GetMotifRegex());
+  for (std::size_t m = 0; m < target.modifications.size();) {
+    const CModification& mod = target.modifications[m];
+    if (mod.name == removed &&
+        IsGlycoSiteMark(target.sequence, target.lastAA, mod.position, acceptors)) {
+      RemoveModification(target, m);  // the next one moves into index m
+    } else {
+      ++m;
+    }
+  }
 }

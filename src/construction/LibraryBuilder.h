@@ -24,6 +24,16 @@ class CLibraryBuilder {
   void RemoveModification(CSpectrum& spectrum, std::size_t index);
   // Turns a full copy of a finished target into its decoy.
   void MakeDecoy(CSpectrum& decoy);
+  // Steps 2 to 8 of the per-peptide loop, on a target already holding its
+  // consensus: annotation, then CompleteEntry.
+  void FinishEntry(CSpectrum& target, CSpectrum& decoy);
+  // On an annotated target: takes off the site marks, makes the decoy and adds
+  // the Y ions to both.
+  void CompleteEntry(CSpectrum& target, CSpectrum& decoy);
+  // Takes off the modification_remove marks that stand on a site J.
+  void RemoveSiteMarks(CSpectrum& target);
+  // Writes the target and then its decoy, each sorted by m/z.
+  void WriteEntryPair(CSpectrum& target, CSpectrum& decoy);
 
   CConstructionParam param;
   CIdentifiedAnalyzer analyzer;
@@ -34,9 +44,10 @@ class CLibraryBuilder {
  private:
   // Carries annotated peaks to the decoy's fragments and their satellites along.
   void RemapDecoyPeaks(CSpectrum& decoy);
-  // Steps 2 to 8 of the per-peptide loop, on a target already holding its consensus.
-  void FinishEntry(CSpectrum& target, CSpectrum& decoy);
 };
+
+// Target fields that come from the identification list, not the consensus.
+void CopyPeptideFields(const CIdentifiedPeptide& peptide, CSpectrum& target);
 
 // Greatest fragment charge of the theoretical ions for a precursor charge.
 uint32_t MaxFragmentCharge(uint32_t precursorCharge);

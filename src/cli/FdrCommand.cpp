@@ -4,7 +4,10 @@
 #include <iostream>
 
 #include "cli/ExitStatus.h"
+#include "cli/RunSetup.h"
+#include "cli/RunSummary.h"
 #include "fdr/FdrEstimator.h"
+#include "fdr/ShardMerge.h"
 #include "run/Process.h"
 #include "run/RunPaths.h"
 #include "run/SafeOutputFile.h"
@@ -21,6 +24,36 @@ std::string NotAResultFile(const std::string& path) {
   if (!in || !ReadLine(in, header, nullptr, 1 << 16)) return "it can't be read";
   if (header == kSearchResultHeader || header == kFdrResultHeader) return "";
   return "its first line is not the header of a result file (27 or 28 columns from QuerySpecName)";
+}
+
+// Result files of runs with --no-fdr: one ranking, and the q-values, over
+// all of them; the summary beside the ranked file says what was merged.
+int MergeCommand(const std::string& out, const std::vector<std::string>& results) {
+  CShardMerge merged;
+  if (!MergeShards(out, results, merged)) {
+    std::cout << "Nothing was written." << std::endl;
+    return exit_status::kRefused;
+  }
+  CRunSummary summary;
+  summary.search = true;
+  summary.searched = merged.searched;
+  summary.searchSeconds = merged.searchSeconds;
+  summary.ranked = merged.ranked;
+  summary.mergedShards = merged.shards;
+  summary.mergedLines = merged.lines;
+  summary.result = out;
+  summary.qvalues = merged.qvalues;
+  summary.features = merged.features;
+  summary.massTable = merged.massTable;
+  summary.summaryFile = BesideWithSuffix(out, "_summary.json");
+  if (!WriteSummaryFile(summary)) {
+    std::cout << "[Error]: The summary file " << summary.summaryFile << " can't be written." << std::endl;
+    return exit_status::kRefused;
+  }
+  std::cout << "Merged " << merged.shards << (merged.shards == 1 ? " shard" : " shards") << " ("
+            << merged.lines << " lines) into " << out << "." << std::endl;
+  std::cout << FormatSummary(summary);
+  return exit_status::kSuccess;
 }
 
 }  // namespace
@@ -41,6 +74,7 @@ int FdrCommand(const std::string& out, const std::vector<std::string>& results) 
     }
   }
   if (!ok) return exit_status::kRefused;
+  if (AnyShardFile(results)) return MergeCommand(out, results);
 
   CFdrEstimator estimator("", out, 1);
   for (const std::string& path : results) estimator.LoadFile(path, true);

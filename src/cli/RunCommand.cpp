@@ -23,16 +23,6 @@ double Timed(Stage stage) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void WriteSummaryFile(const CRunSummary& summary) {
-  CSafeOutputFile file;
-  if (file.Open(summary.summaryFile)) {
-    file.Stream() << SummaryJson(summary);
-    if (file.Commit()) return;
-  }
-  std::cout << "[Warning]: The summary file " << summary.summaryFile << " can't be written."
-            << std::endl;
-}
-
 }  // namespace
 
 int RunCommand(const CRunOptions& options) {
@@ -55,7 +45,9 @@ int RunCommand(const CRunOptions& options) {
   summary.library = param.construction.output_speclib_filename;
   summary.companion = CompanionFileName(summary.library);
   summary.result = param.search.output_result_filename;
-  if (summary.search && param.search.glycopeptide_fdr) {
+  if (summary.search && options.noFdr) {
+    summary.shard = ShardPath(summary.result);
+  } else if (summary.search && param.search.glycopeptide_fdr) {
     summary.qvalues = QValuePath(summary.result);
     summary.features = QValuePath(summary.result, ".pin");
   }
@@ -63,6 +55,7 @@ int RunCommand(const CRunOptions& options) {
     summary.summaryFile = BesideWithSuffix(summary.result, "_summary.json");
   else if (summary.construction)
     summary.summaryFile = BesideWithSuffix(summary.library, "_summary.json");
+  if (!options.summary.empty()) summary.summaryFile = options.summary;
 
   CRunPaths paths = CollectRunPaths(param);
   if (summary.construction) {
@@ -70,6 +63,12 @@ int RunCommand(const CRunOptions& options) {
     table.path = param.construction.mass_table_update_filename;
     table.what = "the mass table updated by a pepXML list";
     paths.outputs.push_back(table);
+  }
+  if (!summary.shard.empty()) {
+    CNamedPath file;
+    file.path = summary.shard;
+    file.what = "the shard file of the result (--no-fdr)";
+    paths.outputs.push_back(file);
   }
   if (!summary.summaryFile.empty()) {
     CNamedPath file;
@@ -83,13 +82,20 @@ int RunCommand(const CRunOptions& options) {
     auto bar = CProgressBar::StartIfTerminal();
     summary.constructionSeconds =
         Timed([&] { summary.built = RunConstruction(param.construction); });
-    summary.searchSeconds = Timed([&] { summary.searched = RunSearch(param.search); });
-    summary.fdrSeconds = Timed([&] { summary.ranked = RunFdr(param.search); });
+    std::vector<CMotifNarrowing> narrowings;
+    summary.searchSeconds =
+        Timed([&] { summary.searched = RunSearch(param.search, &narrowings); });
+    if (options.noFdr)
+      DeferFdr(param.search, summary.searched, narrowings, summary.searchSeconds);
+    else
+      summary.fdrSeconds = Timed([&] { summary.ranked = RunFdr(param.search); });
   }
   // A pepXML list may have moved the run onto its updated table.
   summary.massTable = param.search.enabled ? param.search.mass_table_filename
                                            : param.construction.mass_table_filename;
-  if (!summary.summaryFile.empty()) WriteSummaryFile(summary);
+  if (!summary.summaryFile.empty() && !WriteSummaryFile(summary))
+    std::cout << "[Warning]: The summary file " << summary.summaryFile << " can't be written."
+              << std::endl;
   std::cout << FormatSummary(summary);
 
   const uint64_t failures = InputFailureCount();

@@ -4,6 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "run/SafeOutputFile.h"
+
 namespace {
 
 std::string Row(const std::string& label, uint64_t value, const std::string& note = "") {
@@ -51,9 +53,17 @@ std::string FormatSummary(const CRunSummary& s) {
                 " (" + std::to_string(s.searched.targets) + " targets, " +
                     std::to_string(s.searched.decoys) + " decoys)");
     if (s.searched.damagedPeaks > 0) text += Row("damaged peaks dropped", s.searched.damagedPeaks);
-    text += Heading("FDR", s.fdrSeconds);
-    text += Row("target lines at FDR <= 1 %", s.ranked.targetsAt1);
-    text += Row("target lines at FDR <= 5 %", s.ranked.targetsAt5);
+    if (!s.shard.empty()) {
+      text += "  FDR left to a later fdr over all shards\n";
+    } else {
+      text += Heading("FDR", s.fdrSeconds);
+      if (s.mergedShards > 0) {
+        text += Row("shards merged", s.mergedShards);
+        text += Row("lines merged", s.mergedLines);
+      }
+      text += Row("target lines at FDR <= 1 %", s.ranked.targetsAt1);
+      text += Row("target lines at FDR <= 5 %", s.ranked.targetsAt5);
+    }
   }
   text += "  Files\n";
   if (s.construction) {
@@ -66,6 +76,7 @@ std::string FormatSummary(const CRunSummary& s) {
     text += Path("q-values", s.qvalues);
     text += Path("features", s.features);
   }
+  if (!s.shard.empty()) text += Path("shard", s.shard);
   if (!s.summaryFile.empty()) text += Path("summary", s.summaryFile);
   return text;
 }
@@ -100,10 +111,22 @@ std::string SummaryJson(const CRunSummary& s) {
                       {"seconds", s.searchSeconds},
                       {"result", s.result}};
     if (!s.qvalues.empty()) json["search"]["qvalues"] = s.qvalues;
-    json["fdr"] = {{"targets_fdr_1", s.ranked.targetsAt1},
-                   {"targets_fdr_5", s.ranked.targetsAt5},
-                   {"seconds", s.fdrSeconds}};
+    if (!s.shard.empty()) {
+      json["search"]["shard"] = s.shard;
+    } else {
+      json["fdr"] = {{"targets_fdr_1", s.ranked.targetsAt1},
+                     {"targets_fdr_5", s.ranked.targetsAt5},
+                     {"seconds", s.fdrSeconds}};
+    }
+    if (s.mergedShards > 0) json["merge"] = {{"shards", s.mergedShards}, {"lines", s.mergedLines}};
   }
   json["mass_table"] = s.massTable;
   return json.dump() + "\n";
+}
+
+bool WriteSummaryFile(const CRunSummary& summary) {
+  CSafeOutputFile file;
+  if (!file.Open(summary.summaryFile)) return false;
+  file.Stream() << SummaryJson(summary);
+  return file.Commit();
 }

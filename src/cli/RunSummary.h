@@ -15,6 +15,9 @@ struct CRunSummary {
   double constructionSeconds = 0.0, searchSeconds = 0.0, fdrSeconds = 0.0;
   std::string library, companion, massTable, result, summaryFile;
   std::string qvalues, features;  // with glycopeptide_fdr = yes
+  std::string shard;  // run --no-fdr: the ranking is left to a later fdr, this file keeps what it needs
+  // fdr over shards: how many it merged, and their lines.
+  std::size_t mergedShards = 0, mergedLines = 0;
 };
 
 // The summary as the console shows it.
@@ -22,3 +25,6 @@ std::string FormatSummary(const CRunSummary& summary);
 
 // The summary as a JSON object, for other programs (and the report).
 std::string SummaryJson(const CRunSummary& summary);
+
+// Writes SummaryJson to summary.summaryFile, whole or not at all; false on failure.
+bool WriteSummaryFile(const CRunSummary& summary);

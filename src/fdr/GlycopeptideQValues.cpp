@@ -152,18 +152,25 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
   return learned;
 }
 
-void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records) {
-  std::cout << ">> Estimating glycopeptide q-values." << std::endl;
-  CMassTable table;
+void AddEvidenceFromDatasets(std::vector<CGlycopeptideHit>& hits, const CSearchParam& settings,
+                             CMassTable& table) {
   CMassTableFile tableFile;
   tableFile.filename = settings.mass_table_filename;
   tableFile.Load(table);
   table.SortGlycans();
-  std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
   AddSpectrumEvidence(hits, settings, table.glycans);
-  EstimateGlycopeptideQValues(hits);
-  WriteQValueFiles(hits, settings.output_result_filename);
-  std::cout << "\t\t" << QValuePath(settings.output_result_filename) << "\n    ---- Complete!\n"
-            << std::endl;
 }
 
+void FinishGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits, const std::string& resultPath) {
+  EstimateGlycopeptideQValues(hits);
+  WriteQValueFiles(hits, resultPath);
+  std::cout << "\t\t" << QValuePath(resultPath) << "\n    ---- Complete!\n" << std::endl;
+}
+
+void RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records) {
+  std::cout << ">> Estimating glycopeptide q-values." << std::endl;
+  CMassTable table;
+  std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
+  AddEvidenceFromDatasets(hits, settings, table);
+  FinishGlycopeptideQValues(hits, settings.output_result_filename);
+}

@@ -28,6 +28,8 @@ std::string CompanionFileName(const std::string& libraryPath);
 // "<stem>_qvalues<extension>" beside the result file (the result's own
 // extension when none is given), and the feature file "<stem>_qvalues.pin".
 std::string QValuePath(const std::string& resultPath, const std::string& extension = "");
+// The shard file of a result file whose ranking is deferred: <result stem>_shard.tsv.
+std::string ShardPath(const std::string& resultPath);
 
 // The message of a companion file that can't be written.
 std::string CompanionWriteError(const std::string& path);

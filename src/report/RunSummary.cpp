@@ -33,6 +33,7 @@ const std::vector<std::pair<std::string, std::vector<std::pair<std::string, std:
       {"decoys", "decoy hits"},
       {"result", "result file"},
       {"seconds", "time (s)"}}},
+    {"merge", {{"shards", "shards merged"}, {"lines", "lines merged"}}},
     {"fdr",
      {{"targets_fdr_1", "targets at FDR 1 %"},
       {"targets_fdr_5", "targets at FDR 5 %"},

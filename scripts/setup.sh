@@ -7,9 +7,10 @@ set -euo pipefail
 # libcli11-dev: the command line; nlohmann-json3-dev: the report's data;
 # libexpat1-dev, zlib1g-dev, libpwiz-dev, libboost-dev: the mzML and mzXML reader;
 # libpwiz-tools: msconvert, which the tests use to write mzML and mzXML;
-# chromium: the tests open the HTML report in it.
+# chromium: the tests open the HTML report in it; snakemake: the tests run the
+# workflow (workflow/Snakefile) on a generated study.
 packages=(cmake make g++ libgtest-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev
-          libexpat1-dev zlib1g-dev libpwiz-dev libboost-dev libpwiz-tools chromium)
+          libexpat1-dev zlib1g-dev libpwiz-dev libboost-dev libpwiz-tools chromium snakemake)
 # --benchmarks adds what only the measurements need: Boost's libraries for
 # bench_mzml's comparison with ProteoWizard's reader, and GNU time for the peak
 # memory that scripts/bench_e2e.sh reports.

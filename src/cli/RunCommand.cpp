@@ -85,10 +85,12 @@ int RunCommand(const CRunOptions& options) {
     std::vector<CMotifNarrowing> narrowings;
     summary.searchSeconds =
         Timed([&] { summary.searched = RunSearch(param.search, &narrowings); });
-    if (options.noFdr)
-      DeferFdr(param.search, summary.searched, narrowings, summary.searchSeconds);
-    else
-      summary.fdrSeconds = Timed([&] { summary.ranked = RunFdr(param.search); });
+    summary.fdrSeconds = Timed([&] {
+      if (options.noFdr)
+        DeferFdr(param.search, summary.searched, narrowings, summary.searchSeconds);
+      else
+        summary.ranked = RunFdr(param.search);
+    });
   }
   // A pepXML list may have moved the run onto its updated table.
   summary.massTable = param.search.enabled ? param.search.mass_table_filename

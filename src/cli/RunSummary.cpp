@@ -54,7 +54,7 @@ std::string FormatSummary(const CRunSummary& s) {
                     std::to_string(s.searched.decoys) + " decoys)");
     if (s.searched.damagedPeaks > 0) text += Row("damaged peaks dropped", s.searched.damagedPeaks);
     if (!s.shard.empty()) {
-      text += "  FDR left to a later fdr over all shards\n";
+      text += Heading("FDR left to a later fdr over all shards", s.fdrSeconds);
     } else {
       text += Heading("FDR", s.fdrSeconds);
       if (s.mergedShards > 0) {
@@ -113,6 +113,7 @@ std::string SummaryJson(const CRunSummary& s) {
     if (!s.qvalues.empty()) json["search"]["qvalues"] = s.qvalues;
     if (!s.shard.empty()) {
       json["search"]["shard"] = s.shard;
+      json["fdr"] = {{"deferred", true}, {"seconds", s.fdrSeconds}};
     } else {
       json["fdr"] = {{"targets_fdr_1", s.ranked.targetsAt1},
                      {"targets_fdr_5", s.ranked.targetsAt5},

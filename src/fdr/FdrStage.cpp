@@ -53,8 +53,8 @@ void DeferFdr(const CSearchParam& settings, const CSearchCounts& counts,
     AddEvidenceFromDatasets(shard.evidence, settings, table);
   }
   const std::string path = ShardPath(resultPath);
-  if (!IdentifyFile(shard.library, shard.libraryIdentity) ||
-      !IdentifyFile(resultPath, shard.resultIdentity) || !WriteShardFile(shard, path)) {
+  if (!IdentifyFile(shard.library, shard.libraryIdentity, true) ||
+      !IdentifyFile(resultPath, shard.resultIdentity, false) || !WriteShardFile(shard, path)) {
     std::cout << "[Error]: The shard file " << path << " can't be written." << std::endl;
     ExitProgram(1);
   }

@@ -26,8 +26,11 @@ struct CFileIdentity {
   uint32_t crc = 0;
   bool operator==(const CFileIdentity&) const = default;
 };
-// False when the file can't be read to its end.
-bool IdentifyFile(const std::string& path, CFileIdentity& identity);
+// The CRC-32 of the whole file, or `sampled`, of its first, middle and last
+// MiB only: a library of hundreds of MiB is told from another by them as
+// surely, and each shard would otherwise read it whole once more.
+// False when the file can't be read.
+bool IdentifyFile(const std::string& path, CFileIdentity& identity, bool sampled);
 
 struct CShardFile {
   int version = kShardFormatVersion;

@@ -58,7 +58,7 @@ bool MergeShards(const std::string& out, const std::vector<std::string>& results
     if (!ReadShardFile(ShardPath(results[k]), shards[k], glycans, why)) {
       Refuse(results[k], "its shard file " + ShardPath(results[k]) + " can't be used: " + why);
       ok = false;
-    } else if (!IdentifyFile(results[k], actual) || !(actual == shards[k].resultIdentity)) {
+    } else if (!IdentifyFile(results[k], actual, false) || !(actual == shards[k].resultIdentity)) {
       Refuse(results[k], "it is not the file its search wrote (" + Describe(actual) + ", the search wrote " +
                              Describe(shards[k].resultIdentity) + "): changed or cut short since");
       ok = false;

@@ -40,7 +40,7 @@ std::string MakeShard(const TempDir& dir, const std::string& name, const std::ve
   shard.settings = {{"query_precursor_ion_tolerance", "10"}, {"minimal_peptide_ions", "2"}};
   shard.result = result;
   shard.resultLines = lines.size();
-  EXPECT_TRUE(IdentifyFile(result, shard.resultIdentity));
+  EXPECT_TRUE(IdentifyFile(result, shard.resultIdentity, false));
   shard.narrowings = std::move(narrowings);
   if (change) change(shard);
   EXPECT_TRUE(WriteShardFile(shard, ShardPath(result)));

@@ -6,8 +6,10 @@
 #   one   `run --only search` over all N files (FDR stage and q-values included),
 #   split `run --only search --query-dataset i --no-fdr` per file, then `fdr`.
 # It prints per round the FDR stage of the one run, the deferred step of the
-# shards (their evidence pass, summed) plus the merge, and their ratio; then
-# the medians. The merged files are checked byte for byte against the one run.
+# shards (their evidence pass, summed) plus the merge (the whole `fdr`
+# process), in wall and CPU seconds (from the summaries), and their ratio;
+# then the medians. CPU time is the fairer measure on a shared machine. The
+# merged files are checked byte for byte against the one run.
 #
 #   scripts/bench_shards.sh [--shards N] [--rounds N] [--threads N] [--peptides N] [--queries N]
 #   QUORIN_BUILD_DIR=/path  build folder, default build/ (the data goes to <build>/bench_shards)
@@ -34,8 +36,9 @@ done
 QG="$BUILD/QuorinGlyco"
 cmake --build "$BUILD" --target QuorinGlyco quorin_datagen -j2 >/dev/null
 
-now() { echo "${EPOCHREALTIME/,/.}"; }
-seconds() { python3 -c 'import json,sys; print(json.load(open(sys.argv[1]))["fdr"]["seconds"])' "$1"; }
+# Wall and CPU seconds of the FDR stage from a summary file.
+stage() { python3 -c 'import json,sys; f=json.load(open(sys.argv[1]))["fdr"]; print(f["seconds"], f["cpu_seconds"])' "$1"; }
+sum() { awk -v a="$1" -v b="$2" 'BEGIN { print a + b }'; }
 
 echo "== Generating $PEPTIDES peptide ions, $QUERIES queries, $SHARDS query files into $OUT"
 rm -rf "$OUT"
@@ -60,31 +63,32 @@ PY
 "$QG" run "$OUT/bench.conf" --only construction >/dev/null
 
 mkdir -p "$OUT/shards"
-one_all=() split_all=()
+rows=()
 for round in $(seq "$ROUNDS"); do
   "$QG" run "$OUT/bench.conf" --only search --threads "$THREADS" >/dev/null
-  one=$(seconds "$OUT/bench_result_summary.json")
-  deferred=0
-  results=()
+  read -r one_wall one_cpu < <(stage "$OUT/bench_result_summary.json")
+  wall=0 cpu=0 results=()
   for i in $(seq "$SHARDS"); do
     "$QG" run "$OUT/bench.conf" --only search --query-dataset "$i" --result "$OUT/shards/part$i.txt" \
       --no-fdr --threads "$THREADS" >/dev/null
-    deferred=$(awk -v a="$deferred" -v b="$(seconds "$OUT/shards/part${i}_summary.json")" 'BEGIN { print a + b }')
+    read -r w c < <(stage "$OUT/shards/part${i}_summary.json")
+    wall=$(sum "$wall" "$w") cpu=$(sum "$cpu" "$c")
     results+=("$OUT/shards/part$i.txt")
   done
-  m0=$(now)
   "$QG" fdr --out "$OUT/merged.txt" "${results[@]}" >/dev/null
-  m1=$(now)
-  merge=$(awk -v a="$m0" -v b="$m1" 'BEGIN { print b - a }')
+  read -r merge_wall merge_cpu < <(stage "$OUT/merged_summary.json")
   for suffix in .txt _qvalues.txt _qvalues.pin; do
     cmp -s "$OUT/merged$suffix" "$OUT/bench_result$suffix" || { echo "merged$suffix differs from the one run" >&2; exit 1; }
   done
-  split=$(awk -v a="$deferred" -v b="$merge" 'BEGIN { print a + b }')
-  printf 'round %d: one run %.2f s; shards %.2f s (deferred %.2f + merge %.2f); ratio %.2f\n' \
-    "$round" "$one" "$split" "$deferred" "$merge" "$(awk -v a="$split" -v b="$one" 'BEGIN { print a / b }')"
-  one_all+=("$one") split_all+=("$split")
+  split_wall=$(sum "$wall" "$merge_wall") split_cpu=$(sum "$cpu" "$merge_cpu")
+  printf 'round %d: one run %.2f s wall, %.2f s CPU; %d shards %.2f s wall, %.2f s CPU (deferred %.2f + merge %.2f); CPU ratio %.2f\n' \
+    "$round" "$one_wall" "$one_cpu" "$SHARDS" "$split_wall" "$split_cpu" "$cpu" "$merge_cpu" \
+    "$(awk -v a="$split_cpu" -v b="$one_cpu" 'BEGIN { print a / b }')"
+  rows+=("$one_wall $one_cpu $split_wall $split_cpu")
 done
-median() { printf '%s\n' "$@" | sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
-m_one=$(median "${one_all[@]}") m_split=$(median "${split_all[@]}")
-printf 'medians: one run %.2f s, %d shards %.2f s, ratio %.2f (files identical every round)\n' \
-  "$m_one" "$SHARDS" "$m_split" "$(awk -v a="$m_split" -v b="$m_one" 'BEGIN { print a / b }')"
+median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
+column() { printf '%s\n' "${rows[@]}" | cut -d' ' -f"$1" | median; }
+printf 'medians: one run %.2f s wall, %.2f s CPU; %d shards %.2f s wall, %.2f s CPU; ratio %.2f wall, %.2f CPU (files identical every round)\n' \
+  "$(column 1)" "$(column 2)" "$SHARDS" "$(column 3)" "$(column 4)" \
+  "$(awk -v a="$(column 3)" -v b="$(column 1)" 'BEGIN { print a / b }')" \
+  "$(awk -v a="$(column 4)" -v b="$(column 2)" 'BEGIN { print a / b }')"

@@ -1,5 +1,6 @@
 #include "cli/FdrCommand.h"
 
+#include <chrono>
 #include <fstream>
 #include <iostream>
 
@@ -29,6 +30,7 @@ std::string NotAResultFile(const std::string& path) {
 // Result files of runs with --no-fdr: one ranking, and the q-values, over
 // all of them; the summary beside the ranked file says what was merged.
 int MergeCommand(const std::string& out, const std::vector<std::string>& results) {
+  const auto start = std::chrono::steady_clock::now();
   CShardMerge merged;
   if (!MergeShards(out, results, merged)) {
     std::cout << "Nothing was written." << std::endl;
@@ -39,6 +41,8 @@ int MergeCommand(const std::string& out, const std::vector<std::string>& results
   summary.searched = merged.searched;
   summary.searchSeconds = merged.searchSeconds;
   summary.ranked = merged.ranked;
+  summary.fdrSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  summary.fdrCpuSeconds = ProcessCpuSeconds();
   summary.mergedShards = merged.shards;
   summary.mergedLines = merged.lines;
   summary.result = out;

@@ -85,12 +85,15 @@ int RunCommand(const CRunOptions& options) {
     std::vector<CMotifNarrowing> narrowings;
     summary.searchSeconds =
         Timed([&] { summary.searched = RunSearch(param.search, &narrowings); });
+    const double cpuBefore = ProcessCpuSeconds();
     summary.fdrSeconds = Timed([&] {
       if (options.noFdr)
         DeferFdr(param.search, summary.searched, narrowings, summary.searchSeconds);
       else
         summary.ranked = RunFdr(param.search);
     });
+    // The stage runs on this thread alone: the process's CPU time is its own.
+    summary.fdrCpuSeconds = ProcessCpuSeconds() - cpuBefore;
   }
   // A pepXML list may have moved the run onto its updated table.
   summary.massTable = param.search.enabled ? param.search.mass_table_filename

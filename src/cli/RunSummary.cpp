@@ -113,11 +113,12 @@ std::string SummaryJson(const CRunSummary& s) {
     if (!s.qvalues.empty()) json["search"]["qvalues"] = s.qvalues;
     if (!s.shard.empty()) {
       json["search"]["shard"] = s.shard;
-      json["fdr"] = {{"deferred", true}, {"seconds", s.fdrSeconds}};
+      json["fdr"] = {{"deferred", true}, {"seconds", s.fdrSeconds}, {"cpu_seconds", s.fdrCpuSeconds}};
     } else {
       json["fdr"] = {{"targets_fdr_1", s.ranked.targetsAt1},
                      {"targets_fdr_5", s.ranked.targetsAt5},
-                     {"seconds", s.fdrSeconds}};
+                     {"seconds", s.fdrSeconds},
+                     {"cpu_seconds", s.fdrCpuSeconds}};
     }
     if (s.mergedShards > 0) json["merge"] = {{"shards", s.mergedShards}, {"lines", s.mergedLines}};
   }

@@ -13,6 +13,7 @@ struct CRunSummary {
   CSearchCounts searched;
   CFdrCounts ranked;
   double constructionSeconds = 0.0, searchSeconds = 0.0, fdrSeconds = 0.0;
+  double fdrCpuSeconds = 0.0;  // CPU time of the FDR stage (or of its deferred part)
   std::string library, companion, massTable, result, summaryFile;
   std::string qvalues, features;  // with glycopeptide_fdr = yes
   std::string shard;  // run --no-fdr: the ranking is left to a later fdr, this file keeps what it needs

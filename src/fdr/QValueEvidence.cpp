@@ -3,34 +3,40 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <functional>
 #include <iterator>
 
 namespace {
 
-// Doubles in the shortest form that reads back to the same value, so that
-// estimates over read-back evidence equal those over evidence just found.
-void AppendDouble(std::string& out, double value) {
+// Numbers in the shortest form that reads back to the same value (doubles
+// included), so that estimates over read-back evidence equal those over
+// evidence just found.
+template <typename T>
+void AppendNumber(std::string& out, T value) {
   char text[32];
-  const auto end = std::to_chars(text, text + sizeof text, value).ptr;
-  out.append(text, end);
+  out.append(text, std::to_chars(text, text + sizeof text, value).ptr);
 }
 
-bool ReadDouble(std::string_view text, double& value) {
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  return error == std::errc() && end == text.data() + text.size();
-}
-
-bool ReadInt(std::string_view text, int& value) {
+template <typename T>
+bool ReadNumber(std::string_view text, T& value) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   return error == std::errc() && end == text.data() + text.size() && !text.empty();
 }
 
 struct CEvidenceField {
   const char* name;
-  void (*write)(const CGlycopeptideHit& hit, std::string& out);
+  std::function<void(const CGlycopeptideHit& hit, std::string& out)> write;
   // False when the text does not read as the field.
-  bool (*read)(std::string_view text, CGlycopeptideHit& hit, CGlycanNames& glycans);
+  std::function<bool(std::string_view text, CGlycopeptideHit& hit, CGlycanNames& glycans)> read;
 };
+
+// A number of the hit, reached through `get`.
+template <typename T>
+CEvidenceField NumberField(const char* name, T& (*get)(CGlycopeptideHit&)) {
+  return {name,
+          [get](const CGlycopeptideHit& h, std::string& o) { AppendNumber(o, get(const_cast<CGlycopeptideHit&>(h))); },
+          [get](std::string_view t, CGlycopeptideHit& h, CGlycanNames&) { return ReadNumber(t, get(h)); }};
+}
 
 // The fields, in column order. The glycans are written by name: the merge
 // needs nothing of them but the name.
@@ -48,17 +54,9 @@ const CEvidenceField kFields[] = {
        h.call.glycan = t.empty() ? nullptr : g.Get(std::string(t));
        return true;
      }},
-    {"isotope", [](const CGlycopeptideHit& h, std::string& o) { o += std::to_string(h.call.isotope); },
-     [](std::string_view t, CGlycopeptideHit& h, CGlycanNames&) { return ReadInt(t, h.call.isotope); }},
-    {"massErrorPpm", [](const CGlycopeptideHit& h, std::string& o) { AppendDouble(o, h.call.massErrorPpm); },
-     [](std::string_view t, CGlycopeptideHit& h, CGlycanNames&) {
-       return ReadDouble(t, h.call.massErrorPpm);
-     }},
-    {"contradictions",
-     [](const CGlycopeptideHit& h, std::string& o) { o += std::to_string(h.call.contradictions); },
-     [](std::string_view t, CGlycopeptideHit& h, CGlycanNames&) {
-       return ReadInt(t, h.call.contradictions);
-     }},
+    NumberField<int>("isotope", [](CGlycopeptideHit& h) -> int& { return h.call.isotope; }),
+    NumberField<double>("massErrorPpm", [](CGlycopeptideHit& h) -> double& { return h.call.massErrorPpm; }),
+    NumberField<int>("contradictions", [](CGlycopeptideHit& h) -> int& { return h.call.contradictions; }),
     {"isobaric",
      [](const CGlycopeptideHit& h, std::string& o) {
        for (std::size_t i = 0; i < h.call.isobaric.size(); ++i)
@@ -73,24 +71,11 @@ const CEvidenceField kFields[] = {
        }
        return true;
      }},
-    {"rivalErrorPpm", [](const CGlycopeptideHit& h, std::string& o) { AppendDouble(o, h.call.rivalErrorPpm); },
-     [](std::string_view t, CGlycopeptideHit& h, CGlycanNames&) {
-       return ReadDouble(t, h.call.rivalErrorPpm);
-     }},
-    {"yLevels", [](const CGlycopeptideHit& h, std::string& o) { o += std::to_string(h.yIons.levels); },
-     [](std::string_view t, CGlycopeptideHit& h, CGlycanNames&) { return ReadInt(t, h.yIons.levels); }},
-    {"yIntensity", [](const CGlycopeptideHit& h, std::string& o) { AppendDouble(o, h.yIons.intensity); },
-     [](std::string_view t, CGlycopeptideHit& h, CGlycanNames&) {
-       return ReadDouble(t, h.yIons.intensity);
-     }},
-    {"decoyYLevels",
-     [](const CGlycopeptideHit& h, std::string& o) { o += std::to_string(h.decoyYIons.levels); },
-     [](std::string_view t, CGlycopeptideHit& h, CGlycanNames&) { return ReadInt(t, h.decoyYIons.levels); }},
-    {"decoyYIntensity",
-     [](const CGlycopeptideHit& h, std::string& o) { AppendDouble(o, h.decoyYIons.intensity); },
-     [](std::string_view t, CGlycopeptideHit& h, CGlycanNames&) {
-       return ReadDouble(t, h.decoyYIons.intensity);
-     }},
+    NumberField<double>("rivalErrorPpm", [](CGlycopeptideHit& h) -> double& { return h.call.rivalErrorPpm; }),
+    NumberField<int>("yLevels", [](CGlycopeptideHit& h) -> int& { return h.yIons.levels; }),
+    NumberField<double>("yIntensity", [](CGlycopeptideHit& h) -> double& { return h.yIons.intensity; }),
+    NumberField<int>("decoyYLevels", [](CGlycopeptideHit& h) -> int& { return h.decoyYIons.levels; }),
+    NumberField<double>("decoyYIntensity", [](CGlycopeptideHit& h) -> double& { return h.decoyYIons.intensity; }),
 };
 
 }  // namespace

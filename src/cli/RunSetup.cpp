@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <charconv>
 #include <filesystem>
 #include <iostream>
 
@@ -86,7 +87,8 @@ bool ApplyPieceOptions(const CRunOptions& options, const fs::path& folder, CPara
     const std::string& wanted = options.queryDataset;
     std::size_t chosen = s.query_datasets.size();
     if (wanted.find_first_not_of("0123456789") == std::string::npos) {
-      const std::size_t number = std::stoul(wanted);
+      std::size_t number = 0;  // stays 0 when too large to read
+      std::from_chars(wanted.data(), wanted.data() + wanted.size(), number);
       if (number >= 1 && number <= s.query_datasets.size()) chosen = number - 1;
     } else {
       std::string path = wanted;

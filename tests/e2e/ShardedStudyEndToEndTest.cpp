@@ -95,10 +95,11 @@ TEST_F(ShardedStudy, ShardsMergedByFdrGiveTheFilesOfOneRunAndTheReportSaysWhatWa
   EXPECT_NE(ReadFile(shards + "/merged_report.html").find("shards merged"), std::string::npos);
 
   // A dataset the configuration does not have is refused before any work.
-  const RunResult wrong = RunProgram(exe, "", ".",
-                                     {"run", data + "/quality.conf", "--query-dataset", "4", "--no-fdr"});
-  EXPECT_EQ(wrong.exitCode, 1);
-  EXPECT_NE(wrong.output.find("expected a number from 1 to 3"), std::string::npos) << wrong.output;
+  for (const std::string d : {"4", "99999999999999999999999", "q9.mgf"}) {
+    const RunResult wrong = RunProgram(exe, "", ".", {"run", data + "/quality.conf", "--query-dataset", d, "--no-fdr"});
+    EXPECT_EQ(wrong.exitCode, 1) << d;
+    EXPECT_NE(wrong.output.find("expected a number from 1 to 3"), std::string::npos) << wrong.output;
+  }
 }
 
 TEST_F(ShardedStudy, SnakemakeWorkflowGivesTheFilesOfOneRunAndSearchesOnlyAnAddedDataset) {

@@ -9,10 +9,11 @@ set -euo pipefail
 # libexpat1-dev, zlib1g-dev, libpwiz-dev, libboost-dev: the mzML and mzXML reader;
 # libpwiz-tools: msconvert, which the tests use to write mzML and mzXML;
 # chromium: the tests open the HTML report in it; libpugixml-dev: the mzIdentML
-# and pepXML export.
+# and pepXML export; snakemake: the tests run the workflow (workflow/Snakefile)
+# on a generated study.
 packages=(cmake make g++ libgtest-dev libbenchmark-dev libcli11-dev nlohmann-json3-dev
           libexpat1-dev zlib1g-dev libpwiz-dev libboost-dev libpwiz-tools chromium
-          libpugixml-dev)
+          libpugixml-dev snakemake)
 # topp (OpenMS) reads the exported files in the tests, as no one here wrote it;
 # where it can't be had the tests skip those checks with one message.
 optional=(topp)

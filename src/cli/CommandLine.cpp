@@ -11,6 +11,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/ExportCommand.h"
 #include "cli/FdrCommand.h"
+#include "cli/PlanCommand.h"
 #include "cli/ReportCommand.h"
 #include "cli/RunCommand.h"
 #include "run/ConfigKeys.h"
@@ -67,13 +68,30 @@ int RunCommandLine(int argc, char** argv) {
   runCommand->add_option("--mass-table", run.massTable,
                          "mass table; default MassTable.ini beside CONFIG if there, else the "
                          "installed one (never written)");
+  runCommand
+      ->add_option("--only", run.only,
+                   "run this stage of CONFIG alone (search: the library must be there)")
+      ->check(CLI::IsMember({"construction", "search"}));
+  runCommand->add_option("--query-dataset", run.queryDataset,
+                         "search this one query dataset of CONFIG: its number N, or its "
+                         "query_dataset_pathname_N as written there");
+  runCommand->add_option("--result", run.result,
+                         "result file to write in place of CONFIG's output_result_filename");
+  runCommand->add_option("--summary", run.summary,
+                         "summary file to write in place of <result stem>_summary.json");
+  runCommand->add_flag("--no-fdr", run.noFdr,
+                       "leave the ranking (and the q-values) to a later `fdr` over several "
+                       "searches: the result file stays unranked and <result stem>_shard.tsv "
+                       "beside it keeps what the merge needs");
 
   std::string fdrOut;
   std::vector<std::string> fdrInputs;
   CLI::App* fdrCommand = app.add_subcommand(
       "fdr",
       "Rank the lines of one or more result files together and add the FDR column, as "
-      "one run would (for searches split across machines).");
+      "one run would (for searches split across machines). Result files of run --no-fdr "
+      "(shards, given in the order of their query datasets) are checked against each other "
+      "and also get their glycopeptide q-values and a summary.");
   fdrCommand->add_option("--out", fdrOut, "ranked result file to write")->required();
   fdrCommand->add_option("RESULT", fdrInputs, "result files of the search (27 or 28 columns)")
       ->required();
@@ -121,6 +139,13 @@ int RunCommandLine(int argc, char** argv) {
                              "default Deamidated");
   convertCommand->add_option("--mass-table", convert.massTable, "mass table, as for run");
 
+  CRunOptions plan;
+  CLI::App* planCommand = app.add_subcommand(
+      "plan", "Print, as JSON, the files that `run CONFIG` reads and writes (for workflow "
+              "engines); runs nothing.");
+  planCommand->add_option("CONFIG", plan.config, "configuration file")->required();
+  planCommand->add_option("--mass-table", plan.massTable, "mass table, as for run");
+
   CLI::App* templateCommand = app.add_subcommand(
       "template", "Print a complete configuration with every key and what it means.");
 
@@ -139,11 +164,12 @@ int RunCommandLine(int argc, char** argv) {
   if (*reportCommand) return ReportCommand(report, reportOut, reportTop);
   if (*exportCommand) return ExportCommand(exportRun, exportFormat, exportOut);
   if (*convertCommand) return ConvertLibraryCommand(convert);
+  if (*planCommand) return PlanCommand(plan);
   if (*templateCommand) {
     std::cout << ConfigTemplate();
     return exit_status::kSuccess;
   }
-  std::cout << "A command is required: run, fdr, report, export, convert-library or template" << std::endl
+  std::cout << "A command is required: run, fdr, report, plan, export, convert-library or template" << std::endl
             << "Run with --help for more information." << std::endl;
   return exit_status::kUsage;
 }

@@ -48,7 +48,10 @@ int ConvertLibraryCommand(const CConvertOptions& options) {
   std::string massTable = options.massTable.empty() ? ExecutableFolder() + kMassTableFilename
                                                     : options.massTable;
   if (!options.config.empty()) {
-    if (!PrepareRun({options.config, options.massTable, 0}, param)) return exit_status::kRefused;
+    CRunOptions run;
+    run.config = options.config;
+    run.massTable = options.massTable;
+    if (!PrepareRun(run, param)) return PrepareRunFailure(run);
     massTable = param.construction.mass_table_filename;
   }
   if (fromMsp && !param.construction.enabled) {

@@ -26,7 +26,7 @@ std::vector<std::string> ExportInputs(const CParam& param, const CExportedRun& r
 int ExportCommand(const CRunOptions& options, const std::string& format, const std::string& out) {
   RemoveTemporariesOnSignals();
   CParam& param = CParam::GetInstance();
-  if (!PrepareRun(options, param)) return exit_status::kRefused;
+  if (!PrepareRun(options, param)) return PrepareRunFailure(options);
   if (!param.search.enabled) {
     std::cout << "[Error]: " << options.config
               << " has search = no: there is no result file to export." << std::endl;

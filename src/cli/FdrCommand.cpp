@@ -1,13 +1,18 @@
 #include "cli/FdrCommand.h"
 
 #include <algorithm>
+#include <chrono>
 #include <fstream>
 #include <iostream>
 
 #include "cli/ExitStatus.h"
 #include "cli/RunSetup.h"
+#include "cli/RunSummary.h"
 #include "fdr/FdrEstimator.h"
+#include "fdr/QValueCounts.h"
+#include "fdr/ShardMerge.h"
 #include "report/RunIdentity.h"
+#include "run/FileFingerprint.h"
 #include "run/Process.h"
 #include "run/RunPaths.h"
 #include "run/SafeOutputFile.h"
@@ -45,6 +50,42 @@ std::string NotAResultFile(const std::string& path) {
   return MixedRunProblem(ReadSummaryFile(summaryPath, unreadable), summaryPath, {{"result", path}});
 }
 
+// Result files of runs with --no-fdr: one ranking, and the q-values, over
+// all of them; the summary beside the ranked file says what was merged.
+int MergeCommand(const std::string& out, const std::vector<std::string>& results) {
+  const auto start = std::chrono::steady_clock::now();
+  CShardMerge merged;
+  if (!MergeShards(out, results, merged)) {
+    std::cout << "Nothing was written." << std::endl;
+    return exit_status::kRefused;
+  }
+  CRunSummary summary;
+  summary.stamp = NewRunStamp();
+  summary.search = true;
+  summary.searched = merged.searched;
+  summary.searchSeconds = merged.searchSeconds;
+  summary.ranked = merged.ranked;
+  summary.fdrSeconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+  summary.fdrCpuSeconds = ProcessCpuSeconds();
+  summary.mergedShards = merged.shards;
+  summary.mergedLines = merged.lines;
+  summary.result = out;
+  summary.qvalues = merged.qvalues;
+  summary.features = merged.features;
+  summary.massTable = merged.massTable;
+  summary.summaryFile = BesideWithSuffix(out, "_summary.json");
+  if (!summary.qvalues.empty()) summary.glycopeptideQ = CountQValueTargets(summary.qvalues);
+  RecordFingerprints(summary);
+  if (!WriteSummaryFile(summary)) {
+    std::cout << "[Error]: The summary file " << summary.summaryFile << " can't be written." << std::endl;
+    return exit_status::kRefused;
+  }
+  std::cout << "Merged " << merged.shards << (merged.shards == 1 ? " shard" : " shards") << " ("
+            << merged.lines << " lines) into " << out << "." << std::endl;
+  std::cout << FormatSummary(summary);
+  return exit_status::kSuccess;
+}
+
 }  // namespace
 
 int FdrCommand(const std::string& out, const std::vector<std::string>& results) {
@@ -70,6 +111,7 @@ int FdrCommand(const std::string& out, const std::vector<std::string>& results) 
     }
   }
   if (!ok) return exit_status::kRefused;
+  if (AnyShardFile(results)) return MergeCommand(out, results);
 
   CFdrEstimator estimator("", out, 1);
   for (const std::string& path : results) estimator.LoadFile(path, true);

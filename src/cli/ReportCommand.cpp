@@ -11,7 +11,7 @@
 int ReportCommand(const CRunOptions& options, const std::string& out, int topN) {
   RemoveTemporariesOnSignals();
   CParam& param = CParam::GetInstance();
-  if (!PrepareRun(options, param)) return exit_status::kConfigurationFile;
+  if (!PrepareRun(options, param)) return PrepareRunFailure(options);
   if (!param.search.enabled) {
     std::cout << "[Error]: " << options.config
               << " has search = no: there is no result file to report on." << std::endl;

@@ -26,22 +26,12 @@ double Timed(Stage stage) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-void WriteSummaryFile(const CRunSummary& summary) {
-  CSafeOutputFile file;
-  if (file.Open(summary.summaryFile)) {
-    file.Stream() << SummaryJson(summary);
-    if (file.Commit()) return;
-  }
-  std::cout << "[Warning]: The summary file " << summary.summaryFile << " can't be written."
-            << std::endl;
-}
-
 }  // namespace
 
 int RunCommand(const CRunOptions& options) {
   RemoveTemporariesOnSignals();
   CParam& param = CParam::GetInstance();
-  if (!PrepareRun(options, param)) return exit_status::kConfigurationFile;
+  if (!PrepareRun(options, param)) return PrepareRunFailure(options);
 
   const std::vector<std::string> problems = UnreadableInputs(param);
   if (!problems.empty()) {
@@ -59,7 +49,9 @@ int RunCommand(const CRunOptions& options) {
   summary.library = param.construction.output_speclib_filename;
   summary.companion = CompanionFileName(summary.library);
   summary.result = param.search.output_result_filename;
-  if (summary.search && param.search.glycopeptide_fdr) {
+  if (summary.search && options.noFdr) {
+    summary.shard = ShardPath(summary.result);
+  } else if (summary.search && param.search.glycopeptide_fdr) {
     summary.qvalues = QValuePath(summary.result);
     summary.features = QValuePath(summary.result, ".pin");
   }
@@ -67,6 +59,7 @@ int RunCommand(const CRunOptions& options) {
     summary.summaryFile = BesideWithSuffix(summary.result, "_summary.json");
   else if (summary.construction)
     summary.summaryFile = BesideWithSuffix(summary.library, "_summary.json");
+  if (!options.summary.empty()) summary.summaryFile = options.summary;
 
   CRunPaths paths = CollectRunPaths(param);
   paths.nameSettings = true;
@@ -75,6 +68,12 @@ int RunCommand(const CRunOptions& options) {
     table.path = param.construction.mass_table_update_filename;
     table.what = "the mass table updated by a pepXML list";
     paths.outputs.push_back(table);
+  }
+  if (!summary.shard.empty()) {
+    CNamedPath file;
+    file.path = summary.shard;
+    file.what = "the shard file of the result (--no-fdr)";
+    paths.outputs.push_back(file);
   }
   if (!summary.summaryFile.empty()) {
     CNamedPath file;
@@ -93,25 +92,30 @@ int RunCommand(const CRunOptions& options) {
         Timed([&] { summary.built = RunConstruction(param.construction); });
     // Kept for an empty one, the earlier library is not what this run built.
     if (!summary.built.keptEarlierLibrary) {
-      summary.searchSeconds = Timed([&] { summary.searched = RunSearch(param.search); });
-      summary.fdrSeconds = Timed([&] { summary.ranked = RunFdr(param.search); });
+      std::vector<CMotifNarrowing> narrowings;
+      summary.searchSeconds =
+          Timed([&] { summary.searched = RunSearch(param.search, &narrowings); });
+      const double cpuBefore = ProcessCpuSeconds();
+      summary.fdrSeconds = Timed([&] {
+        if (options.noFdr)
+          DeferFdr(param.search, summary.searched, narrowings, summary.searchSeconds);
+        else
+          summary.ranked = RunFdr(param.search);
+      });
+      // The stage runs on this thread alone: the process's CPU time is its own.
+      summary.fdrCpuSeconds = ProcessCpuSeconds() - cpuBefore;
     }
   }
   if (!summary.qvalues.empty()) summary.glycopeptideQ = CountQValueTargets(summary.qvalues);
   // A pepXML list may have moved the run onto its updated table.
   summary.massTable = param.search.enabled ? param.search.mass_table_filename
                                            : param.construction.mass_table_filename;
-  for (const auto& [role, path] :
-       {std::pair{"library", summary.construction ? summary.library : ""},
-        std::pair{"companion", summary.construction ? summary.companion : ""},
-        std::pair{"result", summary.search ? summary.result : ""}, std::pair{"qvalues", summary.qvalues},
-        std::pair{"features", summary.features}}) {
-    if (!path.empty() && GetPathKind(path) == PathKind::File)
-      summary.fingerprints.emplace_back(role, FileFingerprint(path));
-  }
+  RecordFingerprints(summary);
   // The summary of a run that kept every earlier output would vouch for them.
   if (!summary.summaryFile.empty() && !summary.built.keptEarlierLibrary)
-    WriteSummaryFile(summary);
+    if (!WriteSummaryFile(summary))
+      std::cout << "[Warning]: The summary file " << summary.summaryFile << " can't be written."
+                << std::endl;
   std::cout << FormatSummary(summary);
 
   const uint64_t failures = InputFailureCount();

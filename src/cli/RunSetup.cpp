@@ -2,9 +2,11 @@
 
 #include <unistd.h>
 
+#include <charconv>
 #include <filesystem>
 #include <iostream>
 
+#include "cli/ExitStatus.h"
 #include "run/ConfigKeys.h"
 #include "run/Process.h"
 #include "run/RunPaths.h"
@@ -60,6 +62,52 @@ void CheckDatasets(const std::vector<CDatasetFile>& datasets, const std::string&
 }
 
 constexpr int32_t kLanvekFormat = 2;
+constexpr int32_t kPepXmlFormat = 1;
+
+// The options that run one piece of a configuration: one stage, one query
+// dataset, another result file. False, after a message, when they don't fit.
+bool ApplyPieceOptions(const CRunOptions& options, const fs::path& folder, CParam& param) {
+  CConstructionParam& c = param.construction;
+  CSearchParam& s = param.search;
+  if (options.only == "search") {
+    // The library the configuration builds is there already; a pepXML list
+    // has left its updated mass table beside it, which the whole run would use.
+    if (c.enabled && GetPathKind(c.mass_table_update_filename) == PathKind::File)
+      for (const CIdentificationFile& file : c.identification_files)
+        if (file.format == kPepXmlFormat) s.mass_table_filename = c.mass_table_update_filename;
+    c.enabled = false;
+  } else if (options.only == "construction") {
+    s.enabled = false;
+  }
+  if (!options.queryDataset.empty()) {
+    if (!s.enabled) {
+      std::cout << "[Error]: --query-dataset needs the search, which " << options.config
+                << " or --only turns off." << std::endl;
+      return false;
+    }
+    const std::string& wanted = options.queryDataset;
+    std::size_t chosen = s.query_datasets.size();
+    if (wanted.find_first_not_of("0123456789") == std::string::npos) {
+      std::size_t number = 0;  // stays 0 when too large to read
+      std::from_chars(wanted.data(), wanted.data() + wanted.size(), number);
+      if (number >= 1 && number <= s.query_datasets.size()) chosen = number - 1;
+    } else {
+      std::string path = wanted;
+      Resolve(folder, path);
+      for (std::size_t i = 0; i < s.query_datasets.size() && chosen == s.query_datasets.size(); ++i)
+        if (s.query_datasets[i].pathname == path || SameFile(s.query_datasets[i].pathname, path)) chosen = i;
+    }
+    if (chosen == s.query_datasets.size()) {
+      std::cout << "[Error]: --query-dataset " << wanted << " is not a query dataset of "
+                << options.config << ": expected a number from 1 to " << s.query_datasets.size()
+                << " or a query_dataset_pathname_N as written there." << std::endl;
+      return false;
+    }
+    s.query_datasets = {s.query_datasets[chosen]};
+  }
+  if (!options.result.empty()) s.output_result_filename = Absolute(options.result);
+  return true;
+}
 
 }  // namespace
 
@@ -108,7 +156,12 @@ bool PrepareRun(const CRunOptions& options, CParam& param) {
     c.mass_table_update_filename = BesideWithSuffix(c.output_speclib_filename, "_MassTable.ini");
   s.threads = options.threads;
   c.pauseAtStart = false;  // the classic interface's one-second wait serves no one here
-  return true;
+  return ApplyPieceOptions(options, folder, param);
+}
+
+int PrepareRunFailure(const CRunOptions& options) {
+  return GetPathKind(options.config) == PathKind::File ? exit_status::kRefused
+                                                       : exit_status::kConfigurationFile;
 }
 
 std::vector<std::string> UnreadableInputs(const CParam& param) {

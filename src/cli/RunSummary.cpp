@@ -5,6 +5,9 @@
 #include <nlohmann/json.hpp>
 
 #include "report/RunIdentity.h"
+#include "run/FileFingerprint.h"
+#include "run/Process.h"
+#include "run/SafeOutputFile.h"
 
 namespace {
 
@@ -61,25 +64,33 @@ std::string FormatSummary(const CRunSummary& s) {
                 " (" + std::to_string(s.searched.targets) + " targets, " +
                     std::to_string(s.searched.decoys) + " decoys)");
     if (s.searched.damagedPeaks > 0) text += Row("damaged peaks dropped", s.searched.damagedPeaks);
-    text += Heading("FDR", s.fdrSeconds);
-    // With q-values they lead: the FDR column counts only the wrong peptides a
-    // reversed decoy could match as well.
-    const bool q = s.glycopeptideQ.read;
-    if (q) {
-      text += Row("targets at GlycopeptideQ <= 1 %", s.glycopeptideQ.targetsAt1);
-      text += Row("targets at GlycopeptideQ <= 5 %", s.glycopeptideQ.targetsAt5);
-    }
-    const std::string note = q ? " (FDR column: the target-decoy estimate)" : "";
-    text += Row("target lines at FDR <= 1 %", s.ranked.targetsAt1, note);
-    text += Row("target lines at FDR <= 5 %", s.ranked.targetsAt5, note);
-    // A small run (one glycoprotein) cannot tell q-values below one over its
-    // lines: say so rather than let an empty 0.1 % cut look like a result.
-    if (s.ranked.lowestGlycopeptideQ > kResolvedGlycopeptideQ) {
-      char line[160];
-      std::snprintf(line, sizeof line,
-                    "    too few lines and decoys to tell a GlycopeptideQ below %.4f\n",
-                    s.ranked.lowestGlycopeptideQ);
-      text += line;
+    if (!s.shard.empty()) {
+      text += Heading("FDR left to a later fdr over all shards", s.fdrSeconds);
+    } else {
+      text += Heading("FDR", s.fdrSeconds);
+      if (s.mergedShards > 0) {
+        text += Row("shards merged", s.mergedShards);
+        text += Row("lines merged", s.mergedLines);
+      }
+      // With q-values they lead: the FDR column counts only the wrong peptides a
+      // reversed decoy could match as well.
+      const bool q = s.glycopeptideQ.read;
+      if (q) {
+        text += Row("targets at GlycopeptideQ <= 1 %", s.glycopeptideQ.targetsAt1);
+        text += Row("targets at GlycopeptideQ <= 5 %", s.glycopeptideQ.targetsAt5);
+      }
+      const std::string note = q ? " (FDR column: the target-decoy estimate)" : "";
+      text += Row("target lines at FDR <= 1 %", s.ranked.targetsAt1, note);
+      text += Row("target lines at FDR <= 5 %", s.ranked.targetsAt5, note);
+      // A small run (one glycoprotein) cannot tell q-values below one over its
+      // lines: say so rather than let an empty 0.1 % cut look like a result.
+      if (s.ranked.lowestGlycopeptideQ > kResolvedGlycopeptideQ) {
+        char line[160];
+        std::snprintf(line, sizeof line,
+                      "    too few lines and decoys to tell a GlycopeptideQ below %.4f\n",
+                      s.ranked.lowestGlycopeptideQ);
+        text += line;
+      }
     }
   }
   text += "  Files\n";
@@ -93,6 +104,7 @@ std::string FormatSummary(const CRunSummary& s) {
     text += Path("q-values", s.qvalues);
     text += Path("features", s.features);
   }
+  if (!s.shard.empty()) text += Path("shard", s.shard);
   if (!s.summaryFile.empty()) text += Path("summary", s.summaryFile);
   return text;
 }
@@ -132,15 +144,22 @@ std::string SummaryJson(const CRunSummary& s) {
                       {"seconds", s.searchSeconds},
                       {"result", s.result}};
     if (!s.qvalues.empty()) json["search"]["qvalues"] = s.qvalues;
-    json["fdr"] = nlohmann::ordered_json::object();
-    if (s.glycopeptideQ.read) {
-      json["fdr"]["targets_glycopeptide_q_1"] = s.glycopeptideQ.targetsAt1;
-      json["fdr"]["targets_glycopeptide_q_5"] = s.glycopeptideQ.targetsAt5;
+    if (!s.shard.empty()) {
+      json["search"]["shard"] = s.shard;
+      json["fdr"] = {{"deferred", true}, {"seconds", s.fdrSeconds}, {"cpu_seconds", s.fdrCpuSeconds}};
+    } else {
+      json["fdr"] = nlohmann::ordered_json::object();
+      if (s.glycopeptideQ.read) {
+        json["fdr"]["targets_glycopeptide_q_1"] = s.glycopeptideQ.targetsAt1;
+        json["fdr"]["targets_glycopeptide_q_5"] = s.glycopeptideQ.targetsAt5;
+      }
+      json["fdr"]["targets_fdr_1"] = s.ranked.targetsAt1;
+      json["fdr"]["targets_fdr_5"] = s.ranked.targetsAt5;
+      json["fdr"]["seconds"] = s.fdrSeconds;
+      json["fdr"]["cpu_seconds"] = s.fdrCpuSeconds;
+      if (!s.qvalues.empty()) json["fdr"]["lowest_glycopeptide_q"] = s.ranked.lowestGlycopeptideQ;
     }
-    json["fdr"]["targets_fdr_1"] = s.ranked.targetsAt1;
-    json["fdr"]["targets_fdr_5"] = s.ranked.targetsAt5;
-    json["fdr"]["seconds"] = s.fdrSeconds;
-    if (!s.qvalues.empty()) json["fdr"]["lowest_glycopeptide_q"] = s.ranked.lowestGlycopeptideQ;
+    if (s.mergedShards > 0) json["merge"] = {{"shards", s.mergedShards}, {"lines", s.mergedLines}};
   }
   json["mass_table"] = s.massTable;
   if (!s.stamp.empty()) {
@@ -149,4 +168,23 @@ std::string SummaryJson(const CRunSummary& s) {
       json["run"][FingerprintKey(role)] = fingerprint;
   }
   return json.dump() + "\n";
+}
+
+void RecordFingerprints(CRunSummary& summary) {
+  summary.fingerprints.clear();
+  for (const auto& [role, path] :
+       {std::pair{"library", summary.construction ? summary.library : ""},
+        std::pair{"companion", summary.construction ? summary.companion : ""},
+        std::pair{"result", summary.search ? summary.result : ""}, std::pair{"qvalues", summary.qvalues},
+        std::pair{"features", summary.features}}) {
+    if (!path.empty() && GetPathKind(path) == PathKind::File)
+      summary.fingerprints.emplace_back(role, FileFingerprint(path));
+  }
+}
+
+bool WriteSummaryFile(const CRunSummary& summary) {
+  CSafeOutputFile file;
+  if (!file.Open(summary.summaryFile)) return false;
+  file.Stream() << SummaryJson(summary);
+  return file.Commit();
 }

@@ -142,6 +142,7 @@ void CFdrEstimator::LoadFile(const std::string& path, bool cutFormerFdr) {
       --length;
     }
     CFdrRecord& record = records.emplace_back();
+    record.order = records.size() - 1;
     record.line.assign(text, length);
     CResultLineFields fields = ScanResultLine(record.line);
     record.charge = fields.charge;

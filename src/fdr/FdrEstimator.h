@@ -12,6 +12,7 @@ struct CFdrRecord {
   double fdr = 0.0;        // the estimate; not read from the file
   double massShift = 0.0;  // column 8
   int32_t charge = 0;      // column 5
+  std::size_t order = 0;   // place among the lines loaded, before ranking
 };
 
 // What the ranking found, for the run summary.

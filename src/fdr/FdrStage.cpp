@@ -2,10 +2,13 @@
 
 #include <cstdio>
 #include <filesystem>
+#include <iostream>
+#include <iterator>
 #include <string>
 
 #include "fdr/FdrEstimator.h"
 #include "fdr/GlycopeptideQValues.h"
+#include "fdr/ShardFile.h"
 #include "run/Process.h"
 #include "run/SafeOutputFile.h"
 
@@ -43,4 +46,48 @@ CFdrCounts RunFdr(const CSearchParam& settings) {
   if (settings.glycopeptide_fdr)
     counts.lowestGlycopeptideQ = RunGlycopeptideQValues(settings, estimator.records);
   return counts;
+}
+
+void DeferFdr(const CSearchParam& settings, const CSearchCounts& counts,
+              const std::vector<CMotifNarrowing>& narrowings, double searchSeconds) {
+  if (!settings.enabled) return;
+  std::cout << ">> Keeping what a later fdr over several searches needs." << std::endl;
+  const std::string& resultPath = settings.output_result_filename;
+  CShardFile shard;
+  shard.library = settings.input_speclib_filename;
+  shard.massTable = settings.mass_table_filename;
+  shard.settings = EstimateSettings(settings);
+  for (const CDatasetFile& dataset : settings.query_datasets) shard.datasets.push_back(dataset.pathname);
+  shard.result = resultPath;
+  shard.counts = counts;
+  shard.searchSeconds = searchSeconds;
+  shard.narrowings = narrowings;
+  CFdrEstimator lines("", "", 1);
+  lines.LoadFile(resultPath, false);
+  shard.resultLines = lines.records.size();
+  // The mass table must outlive the evidence, whose glycans point into it.
+  CMassTable table;
+  const std::string candidatePath = CandidatePath(resultPath);
+  if (settings.glycopeptide_fdr) {
+    shard.glycopeptideFdr = true;
+    // The search's next best candidates of each line follow the lines, as in
+    // the q-value step of a whole run.
+    shard.candidateLines = ReadCandidateLines(candidatePath);
+    std::vector<CGlycopeptideHit> hits = ParseResultLines(lines.records);
+    for (CGlycopeptideHit& hit : ParseCandidateLines(shard.candidateLines)) hits.push_back(std::move(hit));
+    AddEvidenceFromDatasets(hits, settings, table);
+    shard.candidateEvidence.assign(std::make_move_iterator(hits.begin() + lines.records.size()),
+                                   std::make_move_iterator(hits.end()));
+    hits.resize(lines.records.size());
+    shard.evidence = std::move(hits);
+  }
+  const std::string path = ShardPath(resultPath);
+  if (!IdentifyFile(shard.library, shard.libraryIdentity, true) ||
+      !IdentifyFile(resultPath, shard.resultIdentity, false) || !WriteShardFile(shard, path)) {
+    std::cout << "[Error]: The shard file " << path << " can't be written." << std::endl;
+    ExitProgram(1);
+  }
+  // The shard holds the candidates now.
+  std::remove(candidatePath.c_str());
+  std::cout << "\t\t" << path << "\n    ---- Complete!\n" << std::endl;
 }

@@ -85,19 +85,30 @@ std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& re
   return hits;
 }
 
-std::vector<CGlycopeptideHit> ReadCandidateHits(const std::string& path) {
+std::vector<CGlycopeptideHit> ParseCandidateLines(const std::vector<std::string>& lines) {
   std::vector<CFdrRecord> records;
-  std::ifstream in(path, std::ios::binary);
-  for (std::string line; std::getline(in, line);) {
+  records.reserve(lines.size());
+  for (const std::string& line : lines) {
     const std::vector<std::string> f = SplitTabs(line);
     CFdrRecord& record = records.emplace_back();
     record.score = Number(f, 19);
     record.isDecoy = f.size() > 20 && f[20] == "D";
-    record.line = std::move(line);
+    record.line = line;
   }
   std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
   for (CGlycopeptideHit& hit : hits) hit.candidateRank = 1;
   return hits;
+}
+
+std::vector<std::string> ReadCandidateLines(const std::string& path) {
+  std::vector<std::string> lines;
+  std::ifstream in(path, std::ios::binary);
+  for (std::string line; std::getline(in, line);) lines.push_back(std::move(line));
+  return lines;
+}
+
+std::vector<CGlycopeptideHit> ReadCandidateHits(const std::string& path) {
+  return ParseCandidateLines(ReadCandidateLines(path));
 }
 
 void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchParam& settings,

@@ -60,6 +60,9 @@ struct CSiteRules {
 // The hits of the next best candidates the search kept (a file of result
 // lines without a header), with candidateRank 1; none when the file is absent.
 std::vector<CGlycopeptideHit> ReadCandidateHits(const std::string& path);
+// The same in two steps: the file's lines, and the hits of such lines.
+std::vector<std::string> ReadCandidateLines(const std::string& path);
+std::vector<CGlycopeptideHit> ParseCandidateLines(const std::vector<std::string>& lines);
 
 // Reads the query spectra named by the hits from the datasets of `settings`,
 // prepares them as the search did, and calls each hit's glycan and Y ions

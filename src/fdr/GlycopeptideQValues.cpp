@@ -278,16 +278,12 @@ bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits) {
   return learned;
 }
 
-double RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records) {
-  std::cout << ">> Estimating glycopeptide q-values." << std::endl;
-  CMassTable table;
+void AddEvidenceFromDatasets(std::vector<CGlycopeptideHit>& hits, const CSearchParam& settings,
+                             CMassTable& table) {
   CMassTableFile tableFile;
   tableFile.filename = settings.mass_table_filename;
   tableFile.Load(table);
   table.SortGlycans();
-  std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
-  const std::string candidatePath = CandidatePath(settings.output_result_filename);
-  for (CGlycopeptideHit& hit : ReadCandidateHits(candidatePath)) hits.push_back(std::move(hit));
   CSiteRules sites;
   sites.calculator.massTable = table;
   // The sequons of the construction's motifs; NXS and NXT when the run
@@ -296,14 +292,27 @@ double RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CF
       MotifAcceptorLetters(CParam::GetInstance().construction.GetMotifRegex());
   if (!acceptors.empty()) sites.acceptors = acceptors;
   AddSpectrumEvidence(hits, settings, table.glycans, &sites);
+}
+
+double FinishGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits, const std::string& resultPath) {
   EstimateGlycopeptideQValues(hits);
-  WriteQValueFiles(hits, settings.output_result_filename);
-  std::remove(candidatePath.c_str());
-  std::cout << "\t\t" << QValuePath(settings.output_result_filename) << "\n    ---- Complete!\n"
-            << std::endl;
+  WriteQValueFiles(hits, resultPath);
+  std::cout << "\t\t" << QValuePath(resultPath) << "\n    ---- Complete!\n" << std::endl;
   double lowest = 1.0;
   for (const CGlycopeptideHit& hit : hits)
     if (!hit.decoy) lowest = std::min(lowest, hit.glycopeptideQ);
   return lowest;
 }
 
+double RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records) {
+  std::cout << ">> Estimating glycopeptide q-values." << std::endl;
+  CMassTable table;
+  std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
+  // The search's next best candidates of each line follow the lines.
+  const std::string candidatePath = CandidatePath(settings.output_result_filename);
+  for (CGlycopeptideHit& hit : ReadCandidateHits(candidatePath)) hits.push_back(std::move(hit));
+  AddEvidenceFromDatasets(hits, settings, table);
+  const double lowest = FinishGlycopeptideQValues(hits, settings.output_result_filename);
+  std::remove(candidatePath.c_str());
+  return lowest;
+}

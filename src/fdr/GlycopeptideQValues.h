@@ -4,6 +4,7 @@
 
 #include "fdr/FdrEstimator.h"
 #include "fdr/GlycopeptideHit.h"
+#include "molecule/MassTable.h"
 #include "run/Param.h"
 
 // Names of the features of a hit, in the order of CGlycopeptideHit::features.
@@ -52,6 +53,15 @@ void KeepBestCandidates(std::vector<CGlycopeptideHit>& hits, std::vector<double>
 // the expected share of glycans that only the mass error chose.
 // Returns whether the rescoring model was learned (else the search score stands).
 bool EstimateGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits);
+
+// Loads the mass table of `settings` into `table` (which the hits then point
+// into) and adds the spectrum evidence from the query datasets.
+void AddEvidenceFromDatasets(std::vector<CGlycopeptideHit>& hits, const CSearchParam& settings,
+                             CMassTable& table);
+
+// Estimates and writes the q-value and feature files of `resultPath`;
+// returns the lowest GlycopeptideQ of a target line.
+double FinishGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits, const std::string& resultPath);
 
 // The stage step: all of the above for the ranked lines of the FDR stage.
 // Returns the smallest GlycopeptideQ of a target line (1 when there is none).

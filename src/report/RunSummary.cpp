@@ -47,11 +47,14 @@ const std::vector<CStageLabels> kStages = {
       {"result", "result file"},
       {"qvalues", "q-value file"},
       {"seconds", "time (s)"}}},
+    {"merge", "Shards merged", {{"shards", "shards merged"}, {"lines", "lines merged"}}},
     {"fdr", "FDR and q-values",
      {{"targets_glycopeptide_q_1", "targets at GlycopeptideQ 1 %"},
       {"targets_glycopeptide_q_5", "targets at GlycopeptideQ 5 %"},
       {"targets_fdr_1", "targets at FDR 1 % (target-decoy estimate)"},
       {"targets_fdr_5", "targets at FDR 5 % (target-decoy estimate)"},
+      {"deferred", "left to a later fdr over all shards"},
+      {"cpu_seconds", "CPU time (s)"},
       {"seconds", "time (s)"}}},
 };
 

@@ -28,6 +28,9 @@ std::size_t LastSeparator(const std::string& path);
 // Waits the given number of milliseconds.
 void SleepMilliseconds(unsigned milliseconds);
 
+// CPU time of the whole process so far, all its threads, in seconds.
+double ProcessCpuSeconds();
+
 // Asks the system to back the large anonymous memory of the process (the heap
 // and big allocations) with huge pages, at once and as it grows. Only speed
 // changes: data read scattered over hundreds of megabytes then costs fewer

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <utility>
 
 #include "run/Process.h"
 #include "run/StringUtil.h"
@@ -88,14 +89,27 @@ std::string CompanionFileName(const std::string& libraryPath) {
   return libraryPath.substr(0, point) + "_libcomp.txt";
 }
 
-std::string QValuePath(const std::string& resultPath, const std::string& extension) {
+namespace {
+
+// The result path up to the point of its extension, and that extension.
+std::pair<std::string, std::string> StemAndExtension(const std::string& resultPath) {
   const std::size_t separator = LastSeparator(resultPath);
   const std::size_t dot = resultPath.rfind('.');
   const bool hasExtension = dot != std::string::npos &&
                             (separator == std::string::npos || dot > separator + 1);
-  const std::string stem = hasExtension ? resultPath.substr(0, dot) : resultPath;
-  const std::string ownExtension = hasExtension ? resultPath.substr(dot) : std::string();
+  if (!hasExtension) return {resultPath, std::string()};
+  return {resultPath.substr(0, dot), resultPath.substr(dot)};
+}
+
+}  // namespace
+
+std::string QValuePath(const std::string& resultPath, const std::string& extension) {
+  const auto [stem, ownExtension] = StemAndExtension(resultPath);
   return stem + "_qvalues" + (extension.empty() ? ownExtension : extension);
+}
+
+std::string ShardPath(const std::string& resultPath) {
+  return StemAndExtension(resultPath).first + "_shard.tsv";
 }
 
 bool SameFile(const std::string& a, const std::string& b) {

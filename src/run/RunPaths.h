@@ -39,6 +39,9 @@ inline std::string CandidatePath(const std::string& resultPath) {
   return QValuePath(resultPath, ".candidates");
 }
 
+// The shard file of a result file whose ranking is deferred: <result stem>_shard.tsv.
+std::string ShardPath(const std::string& resultPath);
+
 // The message of a companion file that can't be written.
 std::string CompanionWriteError(const std::string& path);
 

@@ -222,7 +222,10 @@ void CLibrarySearcher::WriteBatch(CSearchBatch& work) {
   for (const CSpectralMatch& result : work.results) {
     if (result.candidateCount > 0) ++counts.withCandidates;
     // In query order, as if each query were searched after the one before.
+    const bool several = result.library != nullptr && result.library->motifs.size() > 1;
     CSpectrumMatcher::NarrowMotifsToSite(result);
+    if (several && result.library->motifs.size() == 1)
+      narrowings.push_back({result.library->name, result.library->motifs.front().sequon});
   }
   WriteResults(work.results);
   kept += static_cast<uint32_t>(work.spectra.size());

@@ -57,6 +57,7 @@ class CLibrarySearcher {
   CQueryBatch batch;
   CSearchParam param;
   CSearchCounts counts;
+  std::vector<CMotifNarrowing> narrowings;  // in the order they happened
   CSafeOutputFile resultOutput;
   std::ofstream& resultFile = resultOutput.Stream();
   // With glycopeptide q-values: the next best candidates of each result line,

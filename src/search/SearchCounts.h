@@ -1,5 +1,7 @@
 #pragma once
 #include <cstdint>
+#include <string>
+#include <vector>
 
 // What the search saw, for the run summary.
 struct CSearchCounts {
@@ -12,4 +14,13 @@ struct CSearchCounts {
   uint64_t decoys = 0;           // of them, decoy hits
   uint64_t damagedPeaks = 0;     // peaks dropped as damaged
   uint64_t damagedSpectra = 0;   // spectra that lost damaged peaks
+};
+
+// An entry whose motif list the search narrowed to one sequon (an entry of
+// several sites, after its first line that named one). Later lines of the
+// entry show that sequon: a search of later datasets on its own does not know
+// of it, so a merge of separate searches needs it.
+struct CMotifNarrowing {
+  std::string entry;   // library entry name
+  std::string sequon;  // the one motif kept
 };

@@ -198,5 +198,6 @@ TEST(MgfIO, WriterBlockAndItsChangeOfTheRecord) {
   testing::internal::CaptureStdout();
   io.OpenWrite(dir / "no/such/w.mgf");
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "\nCDtasIO error: failed to open Dtas file " + (dir / "no/such/w.mgf") + "\n");
+            "\nCDtasIO error: failed to open Dtas file " + (dir / "no/such/w.mgf") +
+                "\n\tNo such file or directory\n");
 }

@@ -1,0 +1,69 @@
+#pragma once
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "fdr/GlycopeptideHit.h"
+#include "fdr/QValueEvidence.h"
+#include "run/Param.h"
+#include "run/RunPaths.h"
+#include "search/SearchCounts.h"
+
+// A search whose ranking is left to a later `fdr` over several searches (a
+// shard) writes this file beside its result file: what the merge must check
+// (the library, the settings that change the estimate, the result file) and
+// what it cannot read from the result file (the motif narrowings of the
+// search, the spectrum evidence of the q-values). Text, tab-separated, one
+// record per line, the first naming the format and its version.
+
+inline constexpr int kShardFormatVersion = 1;
+extern const char* const kShardFileMagic;
+
+// Size and CRC-32 of a file's content.
+struct CFileIdentity {
+  uint64_t size = 0;
+  uint32_t crc = 0;
+  bool operator==(const CFileIdentity&) const = default;
+};
+// The CRC-32 of the whole file, or `sampled`, of its first, middle and last
+// MiB only: a library of hundreds of MiB is told from another by them as
+// surely, and each shard would otherwise read it whole once more.
+// False when the file can't be read.
+bool IdentifyFile(const std::string& path, CFileIdentity& identity, bool sampled);
+
+struct CShardFile {
+  int version = kShardFormatVersion;
+  std::string library;    // the library searched, as the search named it
+  std::string massTable;  // the mass table it read
+  CFileIdentity libraryIdentity;
+  // The settings a merge must find equal in every shard, name and value.
+  std::vector<std::pair<std::string, std::string>> settings;
+  std::vector<std::string> datasets;  // the query datasets searched
+  std::string result;                 // the result file, as the search named it
+  uint64_t resultLines = 0;           // its data lines
+  CFileIdentity resultIdentity;
+  CSearchCounts counts;
+  double searchSeconds = 0.0;
+  std::vector<CMotifNarrowing> narrowings;
+  // With glycopeptide_fdr: the spectrum evidence of each result line, in the
+  // result file's order.
+  bool glycopeptideFdr = false;
+  std::vector<CGlycopeptideHit> evidence;
+  // The next best candidates the search kept for the q-values (lines as in
+  // the result file), and the spectrum evidence of each.
+  std::vector<std::string> candidateLines;
+  std::vector<CGlycopeptideHit> candidateEvidence;
+};
+
+// The settings of a search that change its lines or their estimate; the mass
+// table is named by its content.
+std::vector<std::pair<std::string, std::string>> EstimateSettings(const CSearchParam& settings);
+
+// Writes the file whole or not at all; false on failure.
+bool WriteShardFile(const CShardFile& shard, const std::string& path);
+
+// Reads a shard file; false, with `why` saying what is wrong, when it is
+// missing, of another format version, or damaged or cut short.
+bool ReadShardFile(const std::string& path, CShardFile& shard, CGlycanNames& glycans,
+                   std::string& why);

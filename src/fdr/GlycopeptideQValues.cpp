@@ -94,6 +94,45 @@ std::vector<double> CombinedQValues(const std::vector<double>& peptideQ,
   return TargetDecoyQValues(rank, lost);
 }
 
+// The chance that each line is wrong by the decoy competition alone: lines in
+// order of their combined q-value, the expected wrong lines among the best j
+// are j times the j-th q-value; the local chance is the growth of that count,
+// fitted not to fall with the rank (pool adjacent violators). A glycan that
+// lost to its decoy (q 1) is wrong.
+static std::vector<double> LocalErrorRates(const std::vector<CGlycopeptideHit>& hits) {
+  const std::size_t n = hits.size();
+  std::vector<std::size_t> byQ(n);
+  std::iota(byQ.begin(), byQ.end(), 0);
+  std::stable_sort(byQ.begin(), byQ.end(),
+                   [&](std::size_t a, std::size_t b) { return hits[a].combinedQ < hits[b].combinedQ; });
+  struct CBlock {
+    double sum;
+    std::size_t count;
+  };
+  std::vector<CBlock> blocks;
+  double before = 0.0;  // wrong lines expected among the best j - 1
+  for (std::size_t j = 1; j <= n; ++j) {
+    const double expected = std::max(before, static_cast<double>(j) * hits[byQ[j - 1]].combinedQ);
+    blocks.push_back({expected - before, 1});
+    before = expected;
+    while (blocks.size() > 1) {
+      const CBlock last = blocks.back(), previous = blocks[blocks.size() - 2];
+      if (previous.sum * static_cast<double>(last.count) <= last.sum * static_cast<double>(previous.count))
+        break;
+      blocks.pop_back();
+      blocks.back() = {previous.sum + last.sum, previous.count + last.count};
+    }
+  }
+  std::vector<double> local(n, 1.0);
+  std::size_t j = 0;
+  for (const CBlock& block : blocks) {
+    const double rate = std::clamp(block.sum / static_cast<double>(block.count), 0.0, 1.0);
+    for (std::size_t k = 0; k < block.count; ++k, ++j)
+      local[byQ[j]] = hits[byQ[j]].combinedQ >= 1.0 ? 1.0 : rate;
+  }
+  return local;
+}
+
 void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits) {
   std::vector<bool> confident;
   for (const CGlycopeptideHit& hit : hits) confident.push_back(hit.combinedQ <= kConfidentQ);
@@ -108,21 +147,27 @@ void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits) {
   for (std::size_t i = 0; i < hits.size(); ++i)
     rival[i] = 1.0 - (1.0 - IsotopeRivalProbability(hits[i].call, model)) *
                          (1.0 - hits[i].sameMassRival) * hits[i].site.GroupProbability();
-  auto base = [&](std::size_t i) { return hits[i].combinedQ; };
-  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
-    return base(a) + rival[a] < base(b) + rival[b];
-  });
-  double highestBase = 0.0, rivalSum = 0.0;
+  // The decoy estimate is of sets (the lines down to a cut); its growth with
+  // the rank is each line's own chance of being wrong by the decoys. With the
+  // other chances it gives the line's chance of being wrong; in order of it,
+  // the q-value of the best k lines is the mean of theirs.
+  const std::vector<double> local = LocalErrorRates(hits);
+  std::vector<double> error(hits.size());
+  for (std::size_t i = 0; i < hits.size(); ++i) error[i] = 1.0 - (1.0 - local[i]) * (1.0 - rival[i]);
+  std::stable_sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return error[a] < error[b]; });
+  double errorSum = 0.0;
   for (std::size_t k = 0; k < order.size(); ++k) {
-    highestBase = std::max(highestBase, base(order[k]));
-    rivalSum += rival[order[k]];
-    hits[order[k]].glycopeptideQ = std::min(1.0, highestBase + rivalSum / static_cast<double>(k + 1));
+    errorSum += error[order[k]];
+    hits[order[k]].glycopeptideQ = std::min(1.0, errorSum / static_cast<double>(k + 1));
   }
   double running = 1.0;
   for (std::size_t k = order.size(); k-- > 0;) {
     running = std::min(running, hits[order[k]].glycopeptideQ);
     hits[order[k]].glycopeptideQ = running;
   }
+  // A glycan that lost to its decoy is no identification, whatever its rank.
+  for (CGlycopeptideHit& hit : hits)
+    if (hit.combinedQ >= 1.0) hit.glycopeptideQ = 1.0;
 }
 
 void KeepBestCandidates(std::vector<CGlycopeptideHit>& hits, std::vector<double>& scores) {
@@ -133,10 +178,12 @@ void KeepBestCandidates(std::vector<CGlycopeptideHit>& hits, std::vector<double>
   std::vector<std::vector<std::size_t>> members(hits.size());
   for (std::size_t i = 0; i < hits.size(); ++i)
     if (hits[i].candidateRank == 0 && reportedAt.emplace(key(hits[i]), i).second) members[i].push_back(i);
+  // The candidates of a query without a result line (found only with the
+  // precursor one isotope lower) gather under the first of them.
   for (std::size_t i = 0; i < hits.size(); ++i) {
     if (hits[i].candidateRank == 0) continue;
-    const auto found = reportedAt.find(key(hits[i]));
-    if (found != reportedAt.end()) members[found->second].push_back(i);
+    const auto [found, first] = reportedAt.emplace(key(hits[i]), i);
+    members[found->second].push_back(i);
   }
   auto form = [&](std::size_t i) {
     std::string sequence = hits[i].sequence;
@@ -149,7 +196,7 @@ void KeepBestCandidates(std::vector<CGlycopeptideHit>& hits, std::vector<double>
   std::vector<CGlycopeptideHit> kept;
   std::vector<double> keptScores;
   for (std::size_t r = 0; r < hits.size(); ++r) {
-    if (hits[r].candidateRank != 0) continue;
+    if (members[r].empty()) continue;
     std::size_t best = r;
     for (std::size_t m : members[r])
       if (scores[m] > scores[best]) best = m;

@@ -42,7 +42,8 @@ void AddIsotopeRivals(std::vector<CGlycopeptideHit>& hits);
 
 // Of the candidates of each query (the result line's, rank 0, and the next
 // best the search kept), keeps the one of the highest score in the reported
-// one's place; `scores` follow. Candidates without a reported one are dropped.
+// one's place; `scores` follow. The candidates of a query without a reported
+// one (found one isotope lower) give it a line: the best of them.
 void KeepBestCandidates(std::vector<CGlycopeptideHit>& hits, std::vector<double>& scores);
 
 // Final score and the three q-values of every hit, from the hits alone, after

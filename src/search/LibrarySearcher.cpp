@@ -193,8 +193,8 @@ void CLibrarySearcher::MatchQueries(CWorker& worker, CSearchBatch& work, std::si
     worker.glycanLists.clear();
     library.SelectCandidates(query, worker.candidates, worker.glycanLists);
     work.results[i] = worker.matcher.Match(query, worker.candidates, worker.glycanLists);
-    if (param.glycopeptide_fdr && work.results[i].library != nullptr)
-      AddIsotopeCandidates(worker, query, work.results[i]);
+    // Also for a query without a line: read one isotope lower, it may have one.
+    if (param.glycopeptide_fdr) AddIsotopeCandidates(worker, query, work.results[i]);
   }
 }
 

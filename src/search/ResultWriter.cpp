@@ -101,12 +101,15 @@ void CLibrarySearcher::WriteResults(std::span<const CSpectralMatch> batchResults
   resultFile.setf(std::ios::fixed, std::ios::floatfield);
   resultFile.precision(5);
   for (const CSpectralMatch& match : batchResults) {
-    if (!(match.score > kMinimalReportedScore) || match.library == nullptr) continue;
-    FormatResultLine(match, lineBuffer);
-    ++counts.resultLines;
-    ++(IsDecoyEntry(*match.library) ? counts.decoys : counts.targets);
-    lineBuffer += '\n';
-    resultFile.write(lineBuffer.data(), static_cast<std::streamsize>(lineBuffer.size()));
+    if (match.score > kMinimalReportedScore && match.library != nullptr) {
+      FormatResultLine(match, lineBuffer);
+      ++counts.resultLines;
+      ++(IsDecoyEntry(*match.library) ? counts.decoys : counts.targets);
+      lineBuffer += '\n';
+      resultFile.write(lineBuffer.data(), static_cast<std::streamsize>(lineBuffer.size()));
+    }
+    // A query without a line keeps its candidates too (those of the precursor
+    // read one isotope lower): the q-values may give it a line of their own.
     for (const CSpectralMatch& alternative : match.alternatives) {
       if (!(alternative.score > kMinimalReportedScore) || alternative.library == nullptr) continue;
       FormatResultLine(alternative, lineBuffer);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -90,9 +91,15 @@ TEST(GlycopeptideQValuesEndToEnd, FalseShareAtOnePercentStaysWithinTheGoalAndPla
   EXPECT_FALSE(testutil::FileExists(data + "/plain_result_qvalues.txt"));
   EXPECT_EQ(off.output.find("glycopeptide"), std::string::npos);
 
-  // One q-value line per result line.
+  // A q-value line for every query of the result file, and for some that it
+  // lacks, found only with the precursor one isotope lower.
   const std::string qvalues = data + "/quality_result_qvalues.txt";
-  EXPECT_EQ(ReadLines(qvalues).size(), ReadLines(data + "/quality_result.txt").size());
+  std::set<std::string> withQ;
+  for (const std::string& line : ReadLines(qvalues)) withQ.insert(Fields(line)[0]);
+  std::set<std::string> withLine;
+  for (const std::string& line : ReadLines(data + "/quality_result.txt")) withLine.insert(Fields(line)[0]);
+  EXPECT_TRUE(std::includes(withQ.begin(), withQ.end(), withLine.begin(), withLine.end()));
+  EXPECT_GT(withQ.size(), withLine.size());
   EXPECT_TRUE(testutil::FileExists(data + "/quality_result_qvalues.pin"));
 
   std::map<std::string, std::vector<std::string>> truth;
@@ -118,13 +125,12 @@ TEST(GlycopeptideQValuesEndToEnd, CountingTheSiteTheFalseShareAtOnePercentStaysW
   std::filesystem::create_directories(bin);
   const std::string exe = testutil::InstallProgram(bin);
   ASSERT_EQ(testutil::RunProgram(QUORIN_DATAGEN, "", ".",
-                                 {"sites", data, "--peptides", "400", "--queries", "4000",
+                                 {"sites", data, "--peptides", "1000", "--queries", "10000",
                                   "--seed", "11", "--masstable", bin + "/MassTable.ini"})
                 .exitCode, 0);
   const testutil::RunResult run = testutil::RunProgram(exe, data + "/sites.conf\n");
   ASSERT_EQ(run.exitCode, 0) << run.output;
   const std::string qvalues = data + "/sites_result_qvalues.txt";
-  EXPECT_EQ(ReadLines(qvalues).size(), ReadLines(data + "/sites_result.txt").size());
   EXPECT_FALSE(testutil::FileExists(data + "/sites_result_qvalues.candidates"));
 
   std::map<std::string, std::vector<std::string>> truth;

@@ -192,7 +192,8 @@ TEST(GlycopeptideQValues, TheOtherIsotopeReadingAddsItsChanceToTheGlycopeptideQV
 
   // Two lines sure of peptide and glycan; the second has an isotope rival at
   // equal error. The first keeps its combined q-value, the second carries
-  // the mean rival chance of the two.
+  // the mean chance of the two of being wrong (by the decoys, 0.002 each, or
+  // by the other reading).
   std::vector<CGlycopeptideHit> hits(2);
   for (CGlycopeptideHit& hit : hits) {
     hit.combinedQ = 0.002;
@@ -201,7 +202,7 @@ TEST(GlycopeptideQValues, TheOtherIsotopeReadingAddsItsChanceToTheGlycopeptideQV
   hits[1].call.rivalErrorPpm = 0.0;
   AddIsotopeRivals(hits);
   EXPECT_DOUBLE_EQ(hits[0].glycopeptideQ, 0.002);
-  EXPECT_DOUBLE_EQ(hits[1].glycopeptideQ, 0.002 + 0.1 / 2);
+  EXPECT_DOUBLE_EQ(hits[1].glycopeptideQ, (0.002 + (1.0 - 0.998 * 0.9)) / 2);
 }
 
 TEST(GlycopeptideQValues, ASmallRunOfOnePeptideIsNotHeldAboveOnePercentByTwoFloors) {

@@ -1,7 +1,5 @@
 #include "fdr/ShardFile.h"
 
-#include <zlib.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
@@ -16,8 +14,6 @@
 const char* const kShardFileMagic = "QuorinGlyco shard";
 
 namespace {
-
-constexpr std::size_t kChunk = 1 << 20;
 
 std::string Number(double value) {
   char text[32];
@@ -65,33 +61,6 @@ const CCountField kCounts[] = {{"library_entries", &CSearchCounts::librarySpectr
                                {"damaged_spectra", &CSearchCounts::damagedSpectra}};
 
 }  // namespace
-
-bool IdentifyFile(const std::string& path, CFileIdentity& identity, bool sampled) {
-  if (GetPathKind(path) != PathKind::File) return false;
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
-  if (!file) return false;
-  std::unique_ptr<unsigned char[]> chunk(new unsigned char[kChunk]);
-  identity = {};
-  if (std::fseek(file.get(), 0, SEEK_END) != 0) return false;
-  const long size = std::ftell(file.get());
-  if (size < 0 || std::fseek(file.get(), 0, SEEK_SET) != 0) return false;
-  identity.size = static_cast<uint64_t>(size);
-  // A sample reads the first, the middle and the last chunk (overlapping in
-  // a small file), a whole identity every chunk.
-  std::vector<long> starts;
-  if (sampled) starts = {0, std::max(0L, size / 2 - static_cast<long>(kChunk) / 2),
-                         std::max(0L, size - static_cast<long>(kChunk))};
-  else
-    for (long at = 0; at < size; at += static_cast<long>(kChunk)) starts.push_back(at);
-  uLong crc = crc32(0L, Z_NULL, 0);
-  for (long start : starts) {
-    if (std::fseek(file.get(), start, SEEK_SET) != 0) return false;
-    const std::size_t count = std::fread(chunk.get(), 1, kChunk, file.get());
-    crc = crc32(crc, chunk.get(), static_cast<uInt>(count));
-  }
-  identity.crc = static_cast<uint32_t>(crc);
-  return std::ferror(file.get()) == 0;
-}
 
 std::vector<std::pair<std::string, std::string>> EstimateSettings(const CSearchParam& s) {
   CFileIdentity table;

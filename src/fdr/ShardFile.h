@@ -6,6 +6,7 @@
 
 #include "fdr/GlycopeptideHit.h"
 #include "fdr/QValueEvidence.h"
+#include "run/FileFingerprint.h"
 #include "run/Param.h"
 #include "run/RunPaths.h"
 #include "search/SearchCounts.h"
@@ -19,18 +20,6 @@
 
 inline constexpr int kShardFormatVersion = 1;
 extern const char* const kShardFileMagic;
-
-// Size and CRC-32 of a file's content.
-struct CFileIdentity {
-  uint64_t size = 0;
-  uint32_t crc = 0;
-  bool operator==(const CFileIdentity&) const = default;
-};
-// The CRC-32 of the whole file, or `sampled`, of its first, middle and last
-// MiB only: a library of hundreds of MiB is told from another by them as
-// surely, and each shard would otherwise read it whole once more.
-// False when the file can't be read.
-bool IdentifyFile(const std::string& path, CFileIdentity& identity, bool sampled);
 
 struct CShardFile {
   int version = kShardFormatVersion;

@@ -5,27 +5,52 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
+#include <algorithm>
 #include <memory>
+#include <vector>
 #include <random>
 
 #include "run/Process.h"
 
-std::string FileFingerprint(const std::string& path) {
-  if (GetPathKind(path) != PathKind::File) return std::string();
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), std::fclose);
-  if (!file) return std::string();
-  constexpr std::size_t kChunk = 1 << 20;
+namespace {
+
+constexpr std::size_t kChunk = 1 << 20;
+
+}  // namespace
+
+bool IdentifyFile(const std::string& path, CFileIdentity& identity, bool sampled) {
+  if (GetPathKind(path) != PathKind::File) return false;
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rb"), &std::fclose);
+  if (!file) return false;
   std::unique_ptr<unsigned char[]> chunk(new unsigned char[kChunk]);
-  uLong crc = ::crc32(0L, Z_NULL, 0);
-  unsigned long long size = 0;
-  std::size_t count;
-  while ((count = std::fread(chunk.get(), 1, kChunk, file.get())) > 0) {
-    crc = ::crc32(crc, chunk.get(), static_cast<uInt>(count));
-    size += count;
+  identity = {};
+  if (std::fseek(file.get(), 0, SEEK_END) != 0) return false;
+  const long size = std::ftell(file.get());
+  if (size < 0 || std::fseek(file.get(), 0, SEEK_SET) != 0) return false;
+  identity.size = static_cast<uint64_t>(size);
+  // A sample reads the first, the middle and the last chunk (overlapping in
+  // a small file), a whole identity every chunk.
+  std::vector<long> starts;
+  if (sampled) starts = {0, std::max(0L, size / 2 - static_cast<long>(kChunk) / 2),
+                         std::max(0L, size - static_cast<long>(kChunk))};
+  else
+    for (long at = 0; at < size; at += static_cast<long>(kChunk)) starts.push_back(at);
+  uLong crc = crc32(0L, Z_NULL, 0);
+  for (long start : starts) {
+    if (std::fseek(file.get(), start, SEEK_SET) != 0) return false;
+    const std::size_t count = std::fread(chunk.get(), 1, kChunk, file.get());
+    crc = crc32(crc, chunk.get(), static_cast<uInt>(count));
   }
-  if (std::ferror(file.get())) return std::string();
+  identity.crc = static_cast<uint32_t>(crc);
+  return std::ferror(file.get()) == 0;
+}
+
+std::string FileFingerprint(const std::string& path) {
+  CFileIdentity identity;
+  if (!IdentifyFile(path, identity, false)) return std::string();
   char text[48];
-  std::snprintf(text, sizeof text, "%llu:%08lx", size, static_cast<unsigned long>(crc));
+  std::snprintf(text, sizeof text, "%llu:%08lx", static_cast<unsigned long long>(identity.size),
+                static_cast<unsigned long>(identity.crc));
   return text;
 }
 

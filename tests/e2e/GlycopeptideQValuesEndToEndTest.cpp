@@ -66,16 +66,31 @@ CJudged Judge(const std::string& path, const std::string& qColumn, double cut,
   return judged;
 }
 
+// The program installed in `dir`/bin and a generated dataset of `mode` in
+// `dir`/data (seed 11), run once through the classic interface.
+struct CGeneratedRun {
+  std::string exe, data;
+  testutil::RunResult run;
+};
+CGeneratedRun GenerateAndRun(const TempDir& dir, const std::string& mode, const std::string& peptides,
+                             const std::string& queries) {
+  CGeneratedRun generated;
+  const std::string bin = dir / "bin";
+  generated.data = dir / "data";
+  std::filesystem::create_directories(bin);
+  generated.exe = testutil::InstallProgram(bin);
+  const testutil::RunResult made = testutil::RunProgram(
+      QUORIN_DATAGEN, "", ".",
+      {mode, generated.data, "--peptides", peptides, "--queries", queries, "--seed", "11", "--masstable",
+       bin + "/MassTable.ini"});
+  EXPECT_EQ(made.exitCode, 0) << made.output;
+  generated.run = testutil::RunProgram(generated.exe, generated.data + "/" + mode + ".conf\n");
+  return generated;
+}
+
 TEST(GlycopeptideQValuesEndToEnd, FalseShareAtOnePercentStaysWithinTheGoalAndPlainOutputsStay) {
   TempDir dir;
-  const std::string bin = dir / "bin", data = dir / "data";
-  std::filesystem::create_directories(bin);
-  const std::string exe = testutil::InstallProgram(bin);
-  ASSERT_EQ(testutil::RunProgram(QUORIN_DATAGEN, "", ".",
-                                 {"quality", data, "--peptides", "400", "--queries", "4000",
-                                  "--seed", "11", "--masstable", bin + "/MassTable.ini"})
-                .exitCode, 0);
-  const testutil::RunResult on = testutil::RunProgram(exe, data + "/quality.conf\n");
+  const auto [exe, data, on] = GenerateAndRun(dir, "quality", "400", "4000");
   ASSERT_EQ(on.exitCode, 0) << on.output;
 
   // The same run without the key (and YES folded) leaves the same result file.
@@ -121,14 +136,7 @@ TEST(GlycopeptideQValuesEndToEnd, CountingTheSiteTheFalseShareAtOnePercentStaysW
   // isotope errors: the q-values name the site the spectrum supports, or a
   // group of sites, and count a wrong one as a wrong line.
   TempDir dir;
-  const std::string bin = dir / "bin", data = dir / "data";
-  std::filesystem::create_directories(bin);
-  const std::string exe = testutil::InstallProgram(bin);
-  ASSERT_EQ(testutil::RunProgram(QUORIN_DATAGEN, "", ".",
-                                 {"sites", data, "--peptides", "1000", "--queries", "10000",
-                                  "--seed", "11", "--masstable", bin + "/MassTable.ini"})
-                .exitCode, 0);
-  const testutil::RunResult run = testutil::RunProgram(exe, data + "/sites.conf\n");
+  const auto [exe, data, run] = GenerateAndRun(dir, "sites", "1000", "10000");
   ASSERT_EQ(run.exitCode, 0) << run.output;
   const std::string qvalues = data + "/sites_result_qvalues.txt";
   EXPECT_FALSE(testutil::FileExists(data + "/sites_result_qvalues.candidates"));

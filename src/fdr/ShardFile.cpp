@@ -7,6 +7,7 @@
 #include <memory>
 #include <type_traits>
 
+#include "run/Motif.h"
 #include "run/Process.h"
 #include "run/SafeOutputFile.h"
 #include "run/TextLine.h"
@@ -72,6 +73,8 @@ std::vector<std::pair<std::string, std::string>> EstimateSettings(const CSearchP
           {"minimal_peptide_ions", std::to_string(s.minimal_peptide_ions)},
           {"top_peak_limit", std::to_string(s.top_peak_limit)},
           {"glycopeptide_fdr", s.glycopeptide_fdr ? "yes" : "no"},
+          // The site call takes its sequons from the construction's motifs.
+          {"site_acceptors", MotifAcceptorLetters(CParam::GetInstance().construction.GetMotifRegex())},
           {"mass_table", std::to_string(table.size) + " bytes, CRC-32 " + Hex(table.crc)}};
 }
 

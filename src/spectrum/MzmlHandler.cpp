@@ -13,6 +13,8 @@ namespace {
 
 using CParams = std::vector<std::pair<std::string, std::string>>;  // accession, value
 
+constexpr std::size_t kLargestGroup = 1000;  // parameters kept of one group
+
 int64_t ToInteger(const char* text, int64_t absent) { return text ? std::atoll(text) : absent; }
 
 class CMzmlHandler : public CMzHandler {
@@ -34,6 +36,7 @@ class CMzmlHandler : public CMzHandler {
     } else if (name == "referenceableParamGroup") {
       const char* id = CXmlEventStream::Attribute(attributes, "id");
       group_ = &groups_[id ? id : ""];
+      group_->clear();  // an id defined again: the last definition holds
     } else if (name == "spectrum") {
       StartSpectrum(attributes);
     } else if (!inSpectrum_) {
@@ -91,7 +94,9 @@ class CMzmlHandler : public CMzHandler {
   // One parameter, given in place or through a group, in the current context.
   void Apply(const std::string& accession, const std::string& value) {
     if (group_ != nullptr) {
-      group_->emplace_back(accession, value);
+      // Groups that each name the one before twice would double to billions
+      // of parameters; no real group holds more than a few dozen.
+      if (group_->size() < kLargestGroup) group_->emplace_back(accession, value);
     } else if (!inSpectrum_) {
     } else if (inArray_) {
       ApplyToArray(accession);

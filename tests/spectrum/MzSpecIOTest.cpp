@@ -196,6 +196,23 @@ TEST(MzSpecIOTest, HostileValuesAreBoundedOrRefused) {
   EXPECT_EQ(spectest::Names(mzml.loaded.spectra), (std::vector<std::string>{"g.1.1.2", "g.2.2.0", "g.3.3.0"}));
   EXPECT_NE(mzml.output.find("2 MS2 spectra have a charge outside 1 to 20; it is read as 0"), std::string::npos)
       << mzml.output;
+  // Forty groups, each naming the one before twice (and one defined twice
+  // with itself inside), would hold 2^40 parameters: bounded, read at once.
+  std::string groups = "<referenceableParamGroup id=\"g0\">" + kMs2 + "</referenceableParamGroup>";
+  for (int i = 1; i < 40; ++i)
+    groups += "<referenceableParamGroup id=\"g" + std::to_string(i) + "\"><referenceableParamGroupRef ref=\"g" +
+              std::to_string(i - 1) + "\"/><referenceableParamGroupRef ref=\"g" + std::to_string(i - 1) +
+              "\"/></referenceableParamGroup>";
+  for (int i = 0; i < 2; ++i)
+    groups += "<referenceableParamGroup id=\"g39\"><referenceableParamGroupRef ref=\"g39\"/>"
+              "<referenceableParamGroupRef ref=\"g39\"/></referenceableParamGroup>";
+  testutil::WriteFile(dir / "d.mzML", "<mzML><referenceableParamGroupList count=\"42\">" + groups +
+                                          "</referenceableParamGroupList><run id=\"r\"><spectrumList count=\"1\">" +
+                                          Spectrum(0, "scan=1", "<referenceableParamGroupRef ref=\"g38\"/>",
+                                                   kMz500 + Charge(2)) +
+                                          "</spectrumList></run></mzML>");
+  EXPECT_EQ(spectest::Names(LoadCapturing(kMzml, dir / "d.mzML").loaded.spectra),
+            (std::vector<std::string>{"d.1.1.2"}));
   // A negative peak count is a count the file got wrong, not a missing one.
   const std::string scan = "<mzXML><msRun><scan num=\"5\" msLevel=\"2\" peaksCount=\"-1\">"
                            "<precursorMz precursorCharge=\"99\">500</precursorMz><peaks precision=\"32\" "

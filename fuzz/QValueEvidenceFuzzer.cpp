@@ -1,7 +1,8 @@
 // The q-value evidence pass on damaged result lines and spectra: the lines
 // before a line "PEAKS" are result lines, the "m/z intensity" lines after it
 // the query spectrum that every line names. Each hit gets its glycan call and
-// Y-ion evidence from that spectrum, then the q-values are estimated.
+// Y-ion evidence, its site call and b and y ladder from that spectrum, then
+// the q-values are estimated.
 #include <cstdint>
 #include <cstdlib>
 #include <sstream>
@@ -17,16 +18,26 @@
 
 namespace {
 
-const std::vector<CGlycan>& GlycanTable() {
-  static const std::vector<CGlycan> glycans = [] {
-    CMassTable table;
+const CMassTable& Table() {
+  static const CMassTable table = [] {
+    CMassTable loaded;
     CMassTableFile file;
     file.filename = QUORIN_SOURCE_DIR "/data/MassTable.ini";
-    file.Load(table);
-    table.SortGlycans();
-    return table.glycans;
+    file.Load(loaded);
+    loaded.SortGlycans();
+    return loaded;
   }();
-  return glycans;
+  return table;
+}
+
+// The site call and the b and y ladder, with NXS and NXT sequons.
+CSiteRules& Sites() {
+  static CSiteRules sites = [] {
+    CSiteRules rules;
+    rules.calculator.massTable = Table();
+    return rules;
+  }();
+  return sites;
 }
 
 CSearchParam Settings() {
@@ -72,7 +83,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
   if (!spectrum.peaks.empty() && batch.IsGlycoSpectrum(spectrum)) {
     batch.PrepareSpectrum(spectrum, true);
-    for (CGlycopeptideHit& hit : hits) CallHit(hit, spectrum, settings, GlycanTable());
+    for (CGlycopeptideHit& hit : hits) CallHit(hit, spectrum, settings, Table().glycans, &Sites());
   }
   EstimateGlycopeptideQValues(hits);
   return 0;

@@ -53,13 +53,19 @@ CFragmentLadder ReadLadder(const CPeptideCalculator& peptide, const std::vector<
                            uint32_t highestCharge, CProductTolerance tolerance) {
   CFragmentLadder ladder;
   highestCharge = std::max<uint32_t>(1, highestCharge);
+  const std::size_t ions = peptide.length > 1 ? 2 * (peptide.length - 1) : 0;
+  ladder.masses.reserve(ions);
+  ladder.found.reserve(ions);
   for (int type = 0; type < 2; ++type)
     for (uint32_t k = 1; k < peptide.length; ++k) {
-      bool found = false;
-      for (uint32_t z = 1; z <= highestCharge && !found; ++z)
-        for (double shift : {0.0, kHexNAcMass})
-          found = found || HasPeakNear(peaksByMz, peptide.FragmentMz(type, k, z) + shift / z, tolerance);
-      ladder.masses.push_back(static_cast<float>(peptide.FragmentMz(type, k, 1)));
+      const double singly = peptide.FragmentMz(type, k, 1);
+      bool found = HasPeakNear(peaksByMz, singly, tolerance) ||
+                   HasPeakNear(peaksByMz, singly + kHexNAcMass, tolerance);
+      for (uint32_t z = 2; z <= highestCharge && !found; ++z) {
+        const double mz = peptide.FragmentMz(type, k, z);
+        found = HasPeakNear(peaksByMz, mz, tolerance) || HasPeakNear(peaksByMz, mz + kHexNAcMass / z, tolerance);
+      }
+      ladder.masses.push_back(static_cast<float>(singly));
       ladder.found.push_back(found);
     }
   if (peaksByMz.size() >= 2 && !ladder.masses.empty()) {

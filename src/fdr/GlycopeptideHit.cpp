@@ -4,6 +4,9 @@
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
+#include <optional>
+#include <string_view>
+#include <thread>
 #include <unordered_map>
 
 #include "run/QuietOutput.h"
@@ -18,32 +21,46 @@ namespace {
 // fragment charges 1 to 3.
 constexpr double kDecoyOffsets[] = {7.43, -9.37, 12.61, -13.79, 23.27, -21.53, 31.81, -4.61};
 
-std::vector<std::string> SplitTabs(const std::string& line) {
-  std::vector<std::string> fields(1);
-  for (char c : line) c == '\t' ? void(fields.emplace_back()) : fields.back().push_back(c);
-  return fields;
+// The tab-separated fields of a line, as views into it.
+std::vector<std::string_view> SplitTabs(std::string_view line) {
+  std::vector<std::string_view> fields;
+  fields.reserve(28);
+  for (std::size_t start = 0;;) {
+    const std::size_t tab = line.find('\t', start);
+    fields.push_back(line.substr(start, tab == std::string_view::npos ? std::string_view::npos : tab - start));
+    if (tab == std::string_view::npos) return fields;
+    start = tab + 1;
+  }
 }
 
-double Number(const std::vector<std::string>& f, std::size_t i) {
-  return i < f.size() ? std::atof(f[i].c_str()) : 0.0;
+// A number field read as atof reads it; 0 when the line has no such field.
+double Number(const std::vector<std::string_view>& f, std::size_t i) {
+  if (i >= f.size()) return 0.0;
+  char text[64];
+  if (f[i].size() >= sizeof text) return std::atof(std::string(f[i]).c_str());
+  f[i].copy(text, f[i].size());
+  text[f[i].size()] = '\0';
+  return std::atof(text);
 }
 
 // The charge column; a damaged line's "1e30" or "2000000000" reads as 0
 // (unknown), like a charge the scanner of the FDR stage would not take.
-uint32_t Charge(const std::vector<std::string>& f) {
+uint32_t Charge(const std::vector<std::string_view>& f) {
   const double value = Number(f, 4);
   return value >= 0.0 && value <= kMaxPrecursorCharge ? static_cast<uint32_t>(value) : 0;
 }
 
 // Counts the b and y ions of at least 3 residues in an ion list "b3+;y11++;Y2+;".
-void CountInnerIons(const std::string& ions, int& innerB, int& innerY) {
+void CountInnerIons(std::string_view ions, int& innerB, int& innerY) {
   innerB = innerY = 0;
   for (std::size_t start = 0; start < ions.size();) {
     std::size_t end = ions.find(';', start);
     if (end == std::string::npos) end = ions.size();
-    if (end - start >= 2 && (ions[start] == 'b' || ions[start] == 'y') &&
-        std::atoi(ions.c_str() + start + 1) >= 3)
-      ++(ions[start] == 'b' ? innerB : innerY);
+    if (end - start >= 2 && (ions[start] == 'b' || ions[start] == 'y')) {
+      char length[16] = {};  // the ion's residues, read as atoi reads them
+      ions.copy(length, std::min(end - start - 1, sizeof length - 1), start + 1);
+      if (std::atoi(length) >= 3) ++(ions[start] == 'b' ? innerB : innerY);
+    }
     start = end + 1;
   }
 }
@@ -56,47 +73,46 @@ uint64_t StableHash(const std::string& text) {
   return h;
 }
 
+namespace {
+
+// The hit of one result line split into its fields.
+void FillHit(CGlycopeptideHit& hit, const std::vector<std::string_view>& f, double score, bool decoy) {
+  auto text = [&](std::size_t i) { return i < f.size() ? std::string(f[i]) : std::string(); };
+  hit.query = text(0);
+  hit.queryMH = Number(f, 2);
+  hit.peptideMH = Number(f, 3);
+  hit.charge = Charge(f);
+  hit.sequence = text(5);
+  hit.modification = text(6);
+  hit.searchGlycan = text(9);
+  hit.glycoLoc = text(10);
+  hit.searchScore = score;
+  hit.decoy = decoy;
+  hit.protein = text(23);
+  hit.following = text(25);
+  hit.proteinStart = static_cast<int32_t>(std::max(0.0, Number(f, 26)));
+  CountInnerIons(f.size() > 21 ? f[21] : std::string_view(), hit.innerB, hit.innerY);
+  // score, DPS, PS, peptide ions and share, Y ions and share, candidates
+  hit.lineFeatures = {score, Number(f, 17), Number(f, 18), Number(f, 15), Number(f, 16),
+                      Number(f, 13), Number(f, 14), std::log1p(std::max(0.0, Number(f, 12)))};
+}
+
+}  // namespace
 
 std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& records) {
-  std::vector<CGlycopeptideHit> hits;
-  hits.reserve(records.size());
-  for (const CFdrRecord& record : records) {
-    const std::vector<std::string> f = SplitTabs(record.line);
-    auto text = [&](std::size_t i) { return i < f.size() ? f[i] : std::string(); };
-    CGlycopeptideHit& hit = hits.emplace_back();
-    hit.query = text(0);
-    hit.queryMH = Number(f, 2);
-    hit.peptideMH = Number(f, 3);
-    hit.charge = Charge(f);
-    hit.sequence = text(5);
-    hit.modification = text(6);
-    hit.searchGlycan = text(9);
-    hit.glycoLoc = text(10);
-    hit.searchScore = record.score;
-    hit.decoy = record.isDecoy;
-    hit.protein = text(23);
-    hit.following = text(25);
-    hit.proteinStart = static_cast<int32_t>(std::max(0.0, Number(f, 26)));
-    CountInnerIons(text(21), hit.innerB, hit.innerY);
-    // score, DPS, PS, peptide ions and share, Y ions and share, candidates
-    hit.lineFeatures = {record.score, Number(f, 17), Number(f, 18), Number(f, 15), Number(f, 16),
-                        Number(f, 13), Number(f, 14), std::log1p(std::max(0.0, Number(f, 12)))};
-  }
+  std::vector<CGlycopeptideHit> hits(records.size());
+  for (std::size_t i = 0; i < records.size(); ++i)
+    FillHit(hits[i], SplitTabs(records[i].line), records[i].score, records[i].isDecoy);
   return hits;
 }
 
 std::vector<CGlycopeptideHit> ParseCandidateLines(const std::vector<std::string>& lines) {
-  std::vector<CFdrRecord> records;
-  records.reserve(lines.size());
-  for (const std::string& line : lines) {
-    const std::vector<std::string> f = SplitTabs(line);
-    CFdrRecord& record = records.emplace_back();
-    record.score = Number(f, 19);
-    record.isDecoy = f.size() > 20 && f[20] == "D";
-    record.line = line;
+  std::vector<CGlycopeptideHit> hits(lines.size());
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const std::vector<std::string_view> f = SplitTabs(lines[i]);
+    FillHit(hits[i], f, Number(f, 19), f.size() > 20 && f[20] == "D");
+    hits[i].candidateRank = 1;
   }
-  std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
-  for (CGlycopeptideHit& hit : hits) hit.candidateRank = 1;
   return hits;
 }
 
@@ -149,6 +165,43 @@ void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchPara
                       sites->calculator, glycanMass, byMz, highest, productTolerance);
 }
 
+namespace {
+
+// Query spectra read for the evidence, each with the hits that name it.
+struct CSpectrumChunk {
+  std::vector<CSpectrum> spectra;
+  std::vector<std::vector<std::size_t>> hitsOf;
+};
+
+// Prepares the spectra of a chunk as the search did and calls their hits, on
+// `threads` threads started here and joined when the returned threads are
+// destroyed, while the caller reads on: each hit depends on its own spectrum
+// alone, so the evidence is the same for every thread count.
+std::vector<std::jthread> StartChunk(CSpectrumChunk& chunk, std::vector<CGlycopeptideHit>& hits,
+                                     const CQueryBatch& batch, bool highResolution,
+                                     const CSearchParam& settings, const std::vector<CGlycan>& glycanTable,
+                                     const CSiteRules* sites, unsigned threads) {
+  auto work = [&chunk, &hits, &batch, highResolution, &settings, &glycanTable, sites, threads](unsigned first) {
+    std::optional<CSiteRules> own;  // the calculator holds the peptide being called
+    if (sites != nullptr) own = *sites;
+    for (std::size_t j = first; j < chunk.spectra.size(); j += threads) {
+      CSpectrum& spectrum = chunk.spectra[j];
+      batch.PrepareSpectrum(spectrum, highResolution);
+      std::sort(spectrum.peaks.begin(), spectrum.peaks.end(),
+                [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; });
+      for (std::size_t i : chunk.hitsOf[j])
+        CallHit(hits[i], spectrum, settings, glycanTable, own ? &*own : nullptr);
+    }
+  };
+  std::vector<std::jthread> workers;
+  for (unsigned t = 0; t < threads; ++t) workers.emplace_back(work, t);
+  return workers;
+}
+
+constexpr std::size_t kChunkSpectra = 512;
+
+}  // namespace
+
 void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam& settings,
                          const std::vector<CGlycan>& glycanTable, CSiteRules* sites) {
   std::unordered_map<std::string, std::vector<std::size_t>> wanted;
@@ -157,7 +210,21 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
   batch.Init(settings);
   const bool highResolution =
       IsHighResolution(settings.query_product_ion_tolerance, settings.query_product_ion_unit);
+  const unsigned threads =
+      settings.threads > 0 ? settings.threads : std::max(1u, std::thread::hardware_concurrency());
   std::vector<CSpectrum> spectra;
+  // One chunk is filled while the one before is called.
+  CSpectrumChunk chunks[2];
+  std::size_t filling = 0;
+  std::vector<std::jthread> calling;
+  auto hand = [&] {
+    calling.clear();  // joins: the other chunk is free again
+    CSpectrumChunk& full = chunks[filling];
+    filling = 1 - filling;
+    chunks[filling].spectra.clear();
+    chunks[filling].hitsOf.clear();
+    calling = StartChunk(full, hits, batch, highResolution, settings, glycanTable, sites, threads);
+  };
   // The search has read these files and reported what was wrong with them.
   CQuietOutput quiet;
   for (const CDatasetFile& dataset : settings.query_datasets) {
@@ -171,14 +238,14 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
       auto it = wanted.find(spectra.back().name);
       // The first spectrum of a name is the one the search reported first.
       if (it == wanted.end() || !batch.IsGlycoSpectrum(spectra.back())) continue;
-      batch.PrepareSpectrum(spectra.back(), highResolution);
-      std::sort(spectra.back().peaks.begin(), spectra.back().peaks.end(),
-                [](const CPeak& a, const CPeak& b) { return a.mz < b.mz; });
-      for (std::size_t i : it->second) CallHit(hits[i], spectra.back(), settings, glycanTable, sites);
+      chunks[filling].spectra.push_back(std::move(spectra.back()));
+      chunks[filling].hitsOf.push_back(std::move(it->second));
       wanted.erase(it);
+      if (chunks[filling].spectra.size() == kChunkSpectra) hand();
     }
     reader->CloseRead();
     delete reader;
   }
+  hand();
+  calling.clear();
 }
-

@@ -106,6 +106,16 @@ TEST(GlycopeptideQValuesEndToEnd, FalseShareAtOnePercentStaysWithinTheGoalAndPla
   EXPECT_FALSE(testutil::FileExists(data + "/plain_result_qvalues.txt"));
   EXPECT_EQ(off.output.find("glycopeptide"), std::string::npos);
 
+  // The spectrum evidence is found on every thread; one thread gives the same q-values.
+  conf = ReadFile(data + "/quality.conf");
+  conf.replace(conf.find("quality_result.txt"), 18, "single_result.txt");
+  conf.replace(conf.find("construction = yes"), 18, "construction = no");
+  testutil::WriteFile(data + "/single.conf", conf);
+  const testutil::RunResult single =
+      testutil::RunProgram(exe, "", ".", {"run", data + "/single.conf", "--threads", "1"});
+  ASSERT_EQ(single.exitCode, 0) << single.output;
+  EXPECT_EQ(ReadFile(data + "/single_result_qvalues.txt"), ReadFile(data + "/quality_result_qvalues.txt"));
+
   // A q-value line for every query of the result file, and for some that it
   // lacks, found only with the precursor one isotope lower.
   const std::string qvalues = data + "/quality_result_qvalues.txt";

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <type_traits>
@@ -60,6 +61,45 @@ const CCountField kCounts[] = {{"library_entries", &CSearchCounts::librarySpectr
                                {"decoys", &CSearchCounts::decoys},
                                {"damaged_peaks", &CSearchCounts::damagedPeaks},
                                {"damaged_spectra", &CSearchCounts::damagedSpectra}};
+
+// The lines of a large file of this program's own, read block by block as
+// ReadLine reads them one character at a time: a CR before the LF dropped, a
+// line over `maxLength` cut there.
+class CBlockLines {
+ public:
+  explicit CBlockLines(std::istream& in) : in_(in), block_(1 << 20) {}
+
+  bool Next(std::string& line, std::size_t maxLength) {
+    line.clear();
+    bool readAny = false, cut = false;
+    for (;;) {
+      if (at_ == size_) {
+        in_.read(block_.data(), static_cast<std::streamsize>(block_.size()));
+        size_ = static_cast<std::size_t>(in_.gcount());
+        at_ = 0;
+        if (size_ == 0) break;
+      }
+      readAny = true;
+      const char* start = block_.data() + at_;
+      const char* end = static_cast<const char*>(std::memchr(start, '\n', size_ - at_));
+      const std::size_t length = end ? static_cast<std::size_t>(end - start) : size_ - at_;
+      const std::size_t room = maxLength + 1 > line.size() ? maxLength + 1 - line.size() : 0;
+      line.append(start, std::min(length, room));
+      cut = cut || length > room;
+      at_ += length + (end ? 1 : 0);
+      if (end) break;
+    }
+    if (!readAny) return false;
+    if (!cut && !line.empty() && line.back() == '\r') line.pop_back();
+    if (line.size() > maxLength) line.resize(maxLength);
+    return true;
+  }
+
+ private:
+  std::istream& in_;
+  std::vector<char> block_;
+  std::size_t at_ = 0, size_ = 0;
+};
 
 }  // namespace
 
@@ -141,9 +181,13 @@ bool ReadShardFile(const std::string& path, CShardFile& shard, CGlycanNames& gly
   shard = CShardFile{};
   bool ended = false, hasLibrary = false, hasResult = false;
   std::size_t number = 1;
-  for (; ReadLine(in, line, nullptr, 1 << 20); ++number) {
-    const std::vector<std::string> f = Split(line);
-    const std::string& kind = f[0];
+  CBlockLines lines(in);
+  std::vector<std::string> f;
+  for (; lines.Next(line, 1 << 20); ++number) {
+    // The many evidence lines are read by their own reader, not split here.
+    const std::string kind = line.substr(0, line.find('\t'));
+    const bool evidence = kind == "hit" || kind == "candidate" || kind == "candidate_hit";
+    f = evidence ? std::vector<std::string>{kind} : Split(line);
     bool ok = true;
     if (ended) {
       ok = false;

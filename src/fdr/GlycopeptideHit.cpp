@@ -210,8 +210,10 @@ void AddSpectrumEvidence(std::vector<CGlycopeptideHit>& hits, const CSearchParam
   batch.Init(settings);
   const bool highResolution =
       IsHighResolution(settings.query_product_ion_tolerance, settings.query_product_ion_unit);
-  const unsigned threads =
-      settings.threads > 0 ? settings.threads : std::max(1u, std::thread::hardware_concurrency());
+  // More threads than spectra in a chunk would have nothing to do.
+  const unsigned threads = std::min<unsigned>(
+      settings.threads > 0 ? settings.threads : std::max(1u, std::thread::hardware_concurrency()),
+      kChunkSpectra);
   std::vector<CSpectrum> spectra;
   // One chunk is filled while the one before is called.
   CSpectrumChunk chunks[2];

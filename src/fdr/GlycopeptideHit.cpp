@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
@@ -90,7 +91,9 @@ void FillHit(CGlycopeptideHit& hit, const std::vector<std::string_view>& f, doub
   hit.decoy = decoy;
   hit.protein = text(23);
   hit.following = text(25);
-  hit.proteinStart = static_cast<int32_t>(std::max(0.0, Number(f, 26)));
+  // A damaged start ("inf", "1e30") reads as unknown, as a missing one does.
+  const double start = Number(f, 26);
+  hit.proteinStart = start >= 1.0 && start <= INT32_MAX ? static_cast<int32_t>(start) : 0;
   CountInnerIons(f.size() > 21 ? f[21] : std::string_view(), hit.innerB, hit.innerY);
   // score, DPS, PS, peptide ions and share, Y ions and share, candidates
   hit.lineFeatures = {score, Number(f, 17), Number(f, 18), Number(f, 15), Number(f, 16),

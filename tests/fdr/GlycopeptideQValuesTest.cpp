@@ -128,13 +128,18 @@ TEST(GlycopeptideQValues, YIonsAtThePeptideMassAndNotAtADecoyOffset) {
 
 TEST(GlycopeptideQValues, DamagedChargesReadAsUnknownAndTheSecondReadingIsQuiet) {
   std::vector<CFdrRecord> records(3);
-  records[0].line = "q1\tL\t2000\t1000\t1e30\tPEPJTK";
-  records[1].line = "q2\tL\t2000\t1000\t-2\tPEPJTK";
-  records[2].line = "q3\tL\t2000\t1000\t3\tPEPJTK";
+  // Charge in column 5, the peptide's start in the protein in column 27.
+  const std::string rest = std::string(20, '\t');
+  records[0].line = "q1\tL\t2000\t1000\t1e30\tPEPJTK" + rest + "\tinf";
+  records[1].line = "q2\tL\t2000\t1000\t-2\tPEPJTK" + rest + "\t1e30";
+  records[2].line = "q3\tL\t2000\t1000\t3\tPEPJTK" + rest + "\t17";
   std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
   EXPECT_EQ(hits[0].charge, 0u);
   EXPECT_EQ(hits[1].charge, 0u);
   EXPECT_EQ(hits[2].charge, 3u);
+  EXPECT_EQ(hits[0].proteinStart, 0);
+  EXPECT_EQ(hits[1].proteinStart, 0);
+  EXPECT_EQ(hits[2].proteinStart, 17);
   // The search has reported what is wrong with the query files already.
   CSearchParam settings;
   settings.query_datasets = {{"/nonexistent/queries.mgf", 2}};

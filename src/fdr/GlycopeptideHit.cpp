@@ -1,6 +1,7 @@
 #include "fdr/GlycopeptideHit.h"
 
 #include <algorithm>
+#include <climits>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -51,6 +52,13 @@ uint32_t Charge(const std::vector<std::string_view>& f) {
   return value >= 0.0 && value <= kMaxPrecursorCharge ? static_cast<uint32_t>(value) : 0;
 }
 
+// A whole number read as atoi reads it, held to the range of int where atoi
+// would overflow.
+int WholeNumber(const char* text) {
+  const long value = std::strtol(text, nullptr, 10);
+  return static_cast<int>(std::clamp<long>(value, INT_MIN, INT_MAX));
+}
+
 // Counts the b and y ions of at least 3 residues in an ion list "b3+;y11++;Y2+;".
 void CountInnerIons(std::string_view ions, int& innerB, int& innerY) {
   innerB = innerY = 0;
@@ -60,7 +68,7 @@ void CountInnerIons(std::string_view ions, int& innerB, int& innerY) {
     if (end - start >= 2 && (ions[start] == 'b' || ions[start] == 'y')) {
       char length[16] = {};  // the ion's residues, read as atoi reads them
       ions.copy(length, std::min(end - start - 1, sizeof length - 1), start + 1);
-      if (std::atoi(length) >= 3) ++(ions[start] == 'b' ? innerB : innerY);
+      if (WholeNumber(length) >= 3) ++(ions[start] == 'b' ? innerB : innerY);
     }
     start = end + 1;
   }
@@ -161,7 +169,7 @@ void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchPara
   if (!sites->calculator.SetPeptide(hit.sequence, modifications)) return;
   const double glycanMass = hit.call.glycan != nullptr ? hit.call.glycan->mass
                                                        : hit.queryMH - hit.peptideMH;
-  const int preferred = std::atoi(hit.glycoLoc.c_str());
+  const int preferred = WholeNumber(hit.glycoLoc.c_str());
   hit.ladder = ReadLadder(sites->calculator, byMz, highest, productTolerance);
   hit.fragmentIons = hit.ladder.InnerFound();
   hit.site = CallSite(CandidateSites(hit.sequence, hit.following, sites->acceptors), preferred,

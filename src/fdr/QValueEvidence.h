@@ -9,11 +9,10 @@
 
 // What the q-value step learns of one result line from its spectrum (the
 // glycan call, the Y ions of the glycan and of its decoy, the site call and
-// the b and y ions of the sequence), as text: a
-// search whose q-values are estimated later, over several searches, keeps it
-// beside its result file. Each field is one tab-separated column, named in a
-// header; adding a field is one entry of the table in the .cpp and a new
-// shard format version.
+// the b and y ions of the sequence), as text: a search whose q-values are
+// estimated later, over several searches, keeps it beside its result file.
+// Each field is one tab-separated column, named in a header; adding a field is
+// one entry of the table in the .cpp and a new shard format version.
 
 // Glycans of the calls read back, by name; the pointers stay valid as long
 // as the object.

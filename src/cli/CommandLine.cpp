@@ -81,7 +81,7 @@ int RunCommandLine(int argc, char** argv) {
                          "summary file to write in place of <result stem>_summary.json");
   runCommand->add_flag("--no-fdr", run.noFdr,
                        "leave the ranking (and the q-values) to a later `fdr` over several "
-                       "searches: the result file stays unranked and <result stem>_shard.tsv "
+                       "searches: the result file stays unranked and <result stem>_shard.qgs "
                        "beside it keeps what the merge needs");
 
   std::string fdrOut;

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <filesystem>
 #include <iostream>
-#include <iterator>
 #include <string>
 
 #include "fdr/FdrEstimator.h"
@@ -65,21 +64,20 @@ void DeferFdr(const CSearchParam& settings, const CSearchCounts& counts,
   CFdrEstimator lines("", "", 1);
   lines.LoadFile(resultPath, false);
   shard.resultLines = lines.records.size();
-  // The mass table must outlive the evidence, whose glycans point into it.
+  // The mass table must outlive the hits, whose glycans point into it.
   CMassTable table;
   const std::string candidatePath = CandidatePath(resultPath);
   if (settings.glycopeptide_fdr) {
     shard.glycopeptideFdr = true;
     // The search's next best candidates of each line follow the lines, as in
     // the q-value step of a whole run.
-    shard.candidateLines = ReadCandidateLines(candidatePath);
     std::vector<CGlycopeptideHit> hits = ParseResultLines(lines.records);
-    for (CGlycopeptideHit& hit : ParseCandidateLines(shard.candidateLines)) hits.push_back(std::move(hit));
+    std::vector<CGlycopeptideHit> candidates = ReadCandidateHits(candidatePath);
+    hits.reserve(hits.size() + candidates.size());
+    for (CGlycopeptideHit& hit : candidates) hits.push_back(std::move(hit));
     AddEvidenceFromDatasets(hits, settings, table);
-    shard.candidateEvidence.assign(std::make_move_iterator(hits.begin() + lines.records.size()),
-                                   std::make_move_iterator(hits.end()));
-    hits.resize(lines.records.size());
-    shard.evidence = std::move(hits);
+    for (std::size_t i = 0; i < hits.size(); ++i)
+      i < lines.records.size() ? shard.evidence.AddLine(hits[i]) : shard.evidence.AddCandidate(hits[i]);
   }
   const std::string path = ShardPath(resultPath);
   if (!IdentifyFile(shard.library, shard.libraryIdentity, true) ||

@@ -195,6 +195,9 @@ void KeepBestCandidates(std::vector<CGlycopeptideHit>& hits, std::vector<double>
   };
   std::vector<CGlycopeptideHit> kept;
   std::vector<double> keptScores;
+  const auto groups = std::count_if(members.begin(), members.end(), [](const auto& m) { return !m.empty(); });
+  kept.reserve(groups);
+  keptScores.reserve(groups);
   for (std::size_t r = 0; r < hits.size(); ++r) {
     if (members[r].empty()) continue;
     std::size_t best = r;
@@ -357,7 +360,9 @@ double RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CF
   std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
   // The search's next best candidates of each line follow the lines.
   const std::string candidatePath = CandidatePath(settings.output_result_filename);
-  for (CGlycopeptideHit& hit : ReadCandidateHits(candidatePath)) hits.push_back(std::move(hit));
+  std::vector<CGlycopeptideHit> candidates = ReadCandidateHits(candidatePath);
+  hits.reserve(hits.size() + candidates.size());
+  for (CGlycopeptideHit& hit : candidates) hits.push_back(std::move(hit));
   AddEvidenceFromDatasets(hits, settings, table);
   const double lowest = FinishGlycopeptideQValues(hits, settings.output_result_filename);
   std::remove(candidatePath.c_str());

@@ -4,9 +4,12 @@
 #include <charconv>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <type_traits>
+
+#include <zlib.h>
 
 #include "run/Motif.h"
 #include "run/Process.h"
@@ -62,44 +65,11 @@ const CCountField kCounts[] = {{"library_entries", &CSearchCounts::librarySpectr
                                {"damaged_peaks", &CSearchCounts::damagedPeaks},
                                {"damaged_spectra", &CSearchCounts::damagedSpectra}};
 
-// The lines of a large file of this program's own, read block by block as
-// ReadLine reads them one character at a time: a CR before the LF dropped, a
-// line over `maxLength` cut there.
-class CBlockLines {
- public:
-  explicit CBlockLines(std::istream& in) : in_(in), block_(1 << 20) {}
-
-  bool Next(std::string& line, std::size_t maxLength) {
-    line.clear();
-    bool readAny = false, cut = false;
-    for (;;) {
-      if (at_ == size_) {
-        in_.read(block_.data(), static_cast<std::streamsize>(block_.size()));
-        size_ = static_cast<std::size_t>(in_.gcount());
-        at_ = 0;
-        if (size_ == 0) break;
-      }
-      readAny = true;
-      const char* start = block_.data() + at_;
-      const char* end = static_cast<const char*>(std::memchr(start, '\n', size_ - at_));
-      const std::size_t length = end ? static_cast<std::size_t>(end - start) : size_ - at_;
-      const std::size_t room = maxLength + 1 > line.size() ? maxLength + 1 - line.size() : 0;
-      line.append(start, std::min(length, room));
-      cut = cut || length > room;
-      at_ += length + (end ? 1 : 0);
-      if (end) break;
-    }
-    if (!readAny) return false;
-    if (!cut && !line.empty() && line.back() == '\r') line.pop_back();
-    if (line.size() > maxLength) line.resize(maxLength);
-    return true;
-  }
-
- private:
-  std::istream& in_;
-  std::vector<char> block_;
-  std::size_t at_ = 0, size_ = 0;
-};
+// CRC-32 of a whole buffer.
+uint32_t Crc32(const std::string& bytes) {
+  return static_cast<uint32_t>(
+      crc32_z(crc32(0L, Z_NULL, 0), reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
+}
 
 }  // namespace
 
@@ -133,18 +103,12 @@ bool WriteShardFile(const CShardFile& shard, const std::string& path) {
     text += std::string("count\t") + count.name + '\t' + std::to_string(shard.counts.*count.member) + '\n';
   text += "seconds\t" + Number(shard.searchSeconds) + '\n';
   for (const CMotifNarrowing& n : shard.narrowings) text += "narrowed\t" + n.entry + '\t' + n.sequon + '\n';
+  std::string evidence;
   if (shard.glycopeptideFdr) {
-    text += "evidence\t" + EvidenceHeader() + '\n';
-    for (const CGlycopeptideHit& hit : shard.evidence) {
-      text += "hit\t";
-      AppendEvidence(hit, text);
-      text += '\n';
-    }
-    for (std::size_t i = 0; i < shard.candidateLines.size(); ++i) {
-      text += "candidate\t" + shard.candidateLines[i] + "\ncandidate_hit\t";
-      AppendEvidence(shard.candidateEvidence[i], text);
-      text += '\n';
-    }
+    evidence = shard.evidence.Bytes();
+    text += "evidence\t" + std::to_string(shard.evidence.Lines()) + '\t' +
+            std::to_string(shard.evidence.Candidates()) + '\t' + std::to_string(evidence.size()) + '\t' +
+            Hex(Crc32(evidence)) + '\n';
   }
   // The last line counts the lines before it: a file cut short lacks it.
   std::size_t lines = 0;
@@ -153,6 +117,7 @@ bool WriteShardFile(const CShardFile& shard, const std::string& path) {
   CSafeOutputFile file;
   if (!file.Open(path, std::ios::binary)) return false;
   file.Stream().write(text.data(), static_cast<std::streamsize>(text.size()));
+  file.Stream().write(evidence.data(), static_cast<std::streamsize>(evidence.size()));
   return file.Commit();
 }
 
@@ -180,18 +145,13 @@ bool ReadShardFile(const std::string& path, CShardFile& shard, CGlycanNames& gly
   }
   shard = CShardFile{};
   bool ended = false, hasLibrary = false, hasResult = false;
-  std::size_t number = 1;
-  CBlockLines lines(in);
-  std::vector<std::string> f;
-  for (; lines.Next(line, 1 << 20); ++number) {
-    // The many evidence lines are read by their own reader, not split here.
-    const std::string kind = line.substr(0, line.find('\t'));
-    const bool evidence = kind == "hit" || kind == "candidate" || kind == "candidate_hit";
-    f = evidence ? std::vector<std::string>{kind} : Split(line);
+  std::size_t number = 1, lines = 0, candidates = 0, bytes = 0;
+  uint32_t crc = 0;
+  for (; !ended && ReadLine(in, line, nullptr, 1 << 20); ++number) {
+    const std::vector<std::string> f = Split(line);
+    const std::string& kind = f[0];
     bool ok = true;
-    if (ended) {
-      ok = false;
-    } else if (kind == "library") {
+    if (kind == "library") {
       ok = f.size() == 4 && ReadIdentity(f, 2, shard.libraryIdentity);
       shard.library = f.size() > 1 ? f[1] : "";
       hasLibrary = true;
@@ -218,32 +178,9 @@ bool ReadShardFile(const std::string& path, CShardFile& shard, CGlycanNames& gly
       ok = f.size() == 3;
       if (ok) shard.narrowings.push_back({f[1], f[2]});
     } else if (kind == "evidence") {
+      ok = !shard.glycopeptideFdr && f.size() == 5 && ReadNumber(f[1], lines) && ReadNumber(f[2], candidates) &&
+           ReadNumber(f[3], bytes) && ReadNumber(f[4], crc, 16);
       shard.glycopeptideFdr = true;
-      ok = line.substr(kind.size() + 1) == EvidenceHeader();
-      if (!ok) {
-        why = "its evidence columns are not those of format version " + std::to_string(kShardFormatVersion);
-        return false;
-      }
-    } else if (kind == "hit") {
-      ok = shard.glycopeptideFdr &&
-           ReadEvidence(std::string_view(line).substr(4), shard.evidence.emplace_back(), glycans, why);
-      if (!ok) {
-        why = "line " + std::to_string(number + 1) + ": " + (why.empty() ? "a hit before the evidence header" : why);
-        return false;
-      }
-    } else if (kind == "candidate") {
-      ok = shard.glycopeptideFdr && line.size() > kind.size() &&
-           shard.candidateLines.size() == shard.candidateEvidence.size();
-      if (ok) shard.candidateLines.push_back(line.substr(kind.size() + 1));
-    } else if (kind == "candidate_hit") {
-      ok = shard.glycopeptideFdr && shard.candidateLines.size() == shard.candidateEvidence.size() + 1 &&
-           ReadEvidence(std::string_view(line).substr(kind.size() + 1),
-                        shard.candidateEvidence.emplace_back(), glycans, why);
-      if (!ok) {
-        why = "line " + std::to_string(number + 1) + ": " +
-              (why.empty() ? "candidate evidence without its candidate line" : why);
-        return false;
-      }
     } else if (kind == "end") {
       std::size_t counted = 0;
       ok = f.size() == 2 && ReadNumber(f[1], counted) && counted == number;
@@ -256,8 +193,40 @@ bool ReadShardFile(const std::string& path, CShardFile& shard, CGlycanNames& gly
       return false;
     }
   }
-  if (!ended || !hasLibrary || !hasResult || shard.candidateLines.size() != shard.candidateEvidence.size()) {
-    why = "it is cut short (its last line, \"end\", is missing)";
+  if (!ended || !hasLibrary || !hasResult) {
+    why = "it is cut short (its line \"end\" is missing)";
+    return false;
+  }
+  if (!shard.glycopeptideFdr) {
+    if (in.peek() == EOF) return true;
+    why = "something follows its line \"end\"";
+    return false;
+  }
+  // The evidence: exactly the bytes its line names, up to the end of the file.
+  std::error_code error;
+  const auto size = std::filesystem::file_size(path, error);
+  const auto at = static_cast<std::uintmax_t>(in.tellg());
+  if (error || at > size || size - at < bytes) {
+    why = "it is cut short (its evidence lacks " + std::to_string(error ? bytes : bytes - (size - at)) + " bytes)";
+    return false;
+  }
+  std::string evidence(bytes, '\0');
+  in.read(evidence.data(), static_cast<std::streamsize>(bytes));
+  if (static_cast<std::size_t>(in.gcount()) != bytes) {
+    why = "it is cut short (its evidence can't be read whole)";
+    return false;
+  }
+  if (in.peek() != EOF) {
+    why = "something follows its evidence";
+    return false;
+  }
+  if (Crc32(evidence) != crc) {
+    why = "its evidence is damaged (its CRC-32 is " + Hex(Crc32(evidence)) + ", not the " + Hex(crc) +
+          " it was written with)";
+    return false;
+  }
+  if (!shard.evidence.Load(std::move(evidence), lines, candidates, glycans, why)) {
+    why = "its evidence is damaged: " + why;
     return false;
   }
   return true;

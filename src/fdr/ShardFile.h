@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "fdr/GlycopeptideHit.h"
-#include "fdr/QValueEvidence.h"
+#include "fdr/ShardEvidence.h"
 #include "run/FileFingerprint.h"
 #include "run/Param.h"
 #include "run/RunPaths.h"
@@ -16,9 +16,11 @@
 // (the library, the settings that change the estimate, the result file) and
 // what it cannot read from the result file (the motif narrowings of the
 // search, the spectrum evidence of the q-values). Text, tab-separated, one
-// record per line, the first naming the format and its version.
+// record per line, the first naming the format and its version, the last
+// ("end") counting the lines; with glycopeptide q-values the evidence follows
+// it in binary, its size and CRC-32 given by the line "evidence".
 
-inline constexpr int kShardFormatVersion = 1;
+inline constexpr int kShardFormatVersion = 2;
 extern const char* const kShardFileMagic;
 
 struct CShardFile {
@@ -36,13 +38,10 @@ struct CShardFile {
   double searchSeconds = 0.0;
   std::vector<CMotifNarrowing> narrowings;
   // With glycopeptide_fdr: the spectrum evidence of each result line, in the
-  // result file's order.
+  // result file's order, then the next best candidates the search kept for
+  // the q-values with the evidence of each.
   bool glycopeptideFdr = false;
-  std::vector<CGlycopeptideHit> evidence;
-  // The next best candidates the search kept for the q-values (lines as in
-  // the result file), and the spectrum evidence of each.
-  std::vector<std::string> candidateLines;
-  std::vector<CGlycopeptideHit> candidateEvidence;
+  CShardEvidence evidence;
 };
 
 // The settings of a search that change its lines or their estimate; the mass

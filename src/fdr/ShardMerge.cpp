@@ -87,7 +87,7 @@ bool MergeShards(const std::string& out, const std::vector<std::string>& results
   if (!ok) return false;
 
   CFdrEstimator estimator("", out, 1);
-  std::vector<CGlycopeptideHit> evidence;
+  std::vector<std::pair<std::size_t, std::size_t>> lineOf;  // of each line in load order: shard, line
   std::unordered_map<std::string, std::size_t> owner;  // query name: shard
   std::unordered_map<std::string, std::string> narrowed;  // entry: sequon, by earlier shards
   for (std::size_t k = 0; k < shards.size(); ++k) {
@@ -95,7 +95,7 @@ bool MergeShards(const std::string& out, const std::vector<std::string>& results
     estimator.LoadFile(results[k], true);
     const std::size_t count = estimator.records.size() - begin;
     if (count != shards[k].resultLines ||
-        (first.glycopeptideFdr && shards[k].evidence.size() != count)) {
+        (first.glycopeptideFdr && shards[k].evidence.Lines() != count)) {
       Refuse(results[k], "it holds " + std::to_string(count) + " lines, its shard file " +
                              std::to_string(shards[k].resultLines));
       return false;
@@ -109,7 +109,7 @@ bool MergeShards(const std::string& out, const std::vector<std::string>& results
                                "; a query dataset was searched twice, or two hold the same names");
         return false;
       }
-      if (first.glycopeptideFdr && shards[k].evidence[i - begin].query != query) {
+      if (first.glycopeptideFdr && shards[k].evidence.LineQuery(i - begin) != query) {
         Refuse(results[k], "its line " + std::to_string(i - begin + 1) + " (" + query +
                                ") is not the one its shard file describes");
         return false;
@@ -123,7 +123,7 @@ bool MergeShards(const std::string& out, const std::vector<std::string>& results
       }
     }
     for (const CMotifNarrowing& n : shards[k].narrowings) narrowed.emplace(n.entry, n.sequon);
-    for (CGlycopeptideHit& hit : shards[k].evidence) evidence.push_back(std::move(hit));
+    for (std::size_t i = 0; i < count; ++i) lineOf.emplace_back(k, i);
     merged.searched.librarySpectra = shards[k].counts.librarySpectra;
     for (auto member : {&CSearchCounts::queriesRead, &CSearchCounts::queriesAccepted,
                         &CSearchCounts::withCandidates, &CSearchCounts::resultLines, &CSearchCounts::targets,
@@ -132,24 +132,40 @@ bool MergeShards(const std::string& out, const std::vector<std::string>& results
     merged.searchSeconds += shards[k].searchSeconds;
   }
   estimator.Rank();
+  // The hits are read whole before anything is written: a record that does
+  // not read refuses the merge.
+  std::vector<CGlycopeptideHit> hits;
+  if (first.glycopeptideFdr) {
+    hits = ParseResultLines(estimator.records);
+    std::size_t candidates = 0;
+    for (const CShardFile& shard : shards) candidates += shard.evidence.Candidates();
+    hits.reserve(hits.size() + candidates);
+    for (std::size_t i = 0; i < hits.size(); ++i) {
+      const auto [k, line] = lineOf[estimator.records[i].order];
+      if (!shards[k].evidence.ReadLine(line, hits[i])) {
+        Refuse(results[k], "the evidence of its line " + std::to_string(line + 1) + " is damaged");
+        return false;
+      }
+    }
+    // The candidates follow the lines, shard by shard, as a whole run's
+    // search writes them dataset by dataset.
+    for (std::size_t k = 0; k < shards.size(); ++k) {
+      const CShardEvidence& evidence = shards[k].evidence;
+      for (std::size_t i = 0; i < evidence.Candidates(); ++i) {
+        if (!evidence.ReadCandidate(i, hits.emplace_back())) {
+          Refuse(results[k], "the evidence of its candidate " + std::to_string(i + 1) + " is damaged");
+          return false;
+        }
+      }
+      shards[k].evidence = CShardEvidence{};  // read whole; its bytes are not needed again
+    }
+  }
   estimator.Write();
   merged.shards = shards.size();
   merged.lines = estimator.records.size();
   merged.ranked = estimator.Counts();
   merged.massTable = first.massTable;
   if (first.glycopeptideFdr) {
-    std::vector<CGlycopeptideHit> hits = ParseResultLines(estimator.records);
-    for (std::size_t i = 0; i < hits.size(); ++i)
-      CopyEvidence(evidence[estimator.records[i].order], hits[i]);
-    // The candidates follow the lines, shard by shard, as a whole run's
-    // search writes them dataset by dataset.
-    for (CShardFile& shard : shards) {
-      std::vector<CGlycopeptideHit> candidates = ParseCandidateLines(shard.candidateLines);
-      for (std::size_t i = 0; i < candidates.size(); ++i) {
-        CopyEvidence(shard.candidateEvidence[i], candidates[i]);
-        hits.push_back(std::move(candidates[i]));
-      }
-    }
     std::cout << ">> Estimating glycopeptide q-values." << std::endl;
     merged.ranked.lowestGlycopeptideQ = FinishGlycopeptideQValues(hits, out);
     merged.qvalues = QValuePath(out);

@@ -109,7 +109,7 @@ std::string QValuePath(const std::string& resultPath, const std::string& extensi
 }
 
 std::string ShardPath(const std::string& resultPath) {
-  return StemAndExtension(resultPath).first + "_shard.tsv";
+  return StemAndExtension(resultPath).first + "_shard.qgs";
 }
 
 bool SameFile(const std::string& a, const std::string& b) {

@@ -39,7 +39,7 @@ inline std::string CandidatePath(const std::string& resultPath) {
   return QValuePath(resultPath, ".candidates");
 }
 
-// The shard file of a result file whose ranking is deferred: <result stem>_shard.tsv.
+// The shard file of a result file whose ranking is deferred: <result stem>_shard.qgs.
 std::string ShardPath(const std::string& resultPath);
 
 // The message of a companion file that can't be written.

@@ -47,6 +47,15 @@ std::string MakeShard(const TempDir& dir, const std::string& name, const std::ve
   return result;
 }
 
+// Gives a shard of the line "b.1" the spectrum evidence of that line.
+void WithEvidence(CShardFile& shard) {
+  shard.glycopeptideFdr = true;
+  CGlycopeptideHit hit;
+  hit.query = "b.1";
+  hit.ladder.masses = {147.11f, 248.16f};
+  shard.evidence.AddLine(hit);
+}
+
 std::string Column(const std::vector<std::string>& lines, const std::string& query, std::size_t column) {
   for (const std::string& line : lines)
     if (Fields(line)[0] == query) return Fields(line)[column];
@@ -100,9 +109,22 @@ TEST(ShardMerge, RefusesShardsThatDoNotBelongTogetherAndWritesNothing) {
       {"older format version", nullptr,
        [](const std::string& result) {
          std::string text = testutil::ReadFile(ShardPath(result));
-         testutil::WriteFile(ShardPath(result), text.replace(text.find("\t1\n"), 3, "\t0\n"));
+         testutil::WriteFile(ShardPath(result), text.replace(text.find("\t2\n"), 3, "\t1\n"));
        },
-       secondLines, "format version 0"},
+       secondLines, "format version 1"},
+      {"evidence cut short", WithEvidence,
+       [](const std::string& result) {
+         std::string text = testutil::ReadFile(ShardPath(result));
+         testutil::WriteFile(ShardPath(result), text.substr(0, text.size() - 1));
+       },
+       secondLines, "its evidence lacks 1 bytes"},
+      {"evidence damaged", WithEvidence,
+       [](const std::string& result) {
+         std::string text = testutil::ReadFile(ShardPath(result));
+         text.back() ^= 0x40;
+         testutil::WriteFile(ShardPath(result), text);
+       },
+       secondLines, "its evidence is damaged (its CRC-32"},
       {"another library", [](CShardFile& s) { s.libraryIdentity.crc ^= 1; }, nullptr, secondLines,
        "another library"},
       {"other settings", [](CShardFile& s) { s.settings[1].second = "3"; }, nullptr, secondLines,

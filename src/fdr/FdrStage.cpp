@@ -76,6 +76,7 @@ void DeferFdr(const CSearchParam& settings, const CSearchCounts& counts,
     hits.reserve(hits.size() + candidates.size());
     for (CGlycopeptideHit& hit : candidates) hits.push_back(std::move(hit));
     AddEvidenceFromDatasets(hits, settings, table);
+    shard.evidence.Reserve(hits.size());
     for (std::size_t i = 0; i < hits.size(); ++i)
       i < lines.records.size() ? shard.evidence.AddLine(hits[i]) : shard.evidence.AddCandidate(hits[i]);
   }

@@ -1,5 +1,6 @@
 #include "fdr/ShardEvidence.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <limits>
@@ -29,7 +30,7 @@ void EvidenceFields(Io& io, Hit& h) {
   io(h.site.reported);
   io(h.site.group);
   io(h.ladder.masses);
-  io(h.ladder.found);
+  io.Bits(h.ladder.found);
   io(h.ladder.chance);
   io(h.ladder.toleranceDa);
 }
@@ -75,6 +76,15 @@ class CWriter {
   void operator()(const std::vector<T>& values) {
     Count(values.size());
     if (!values.empty()) out_.append(reinterpret_cast<const char*>(values.data()), values.size() * sizeof(T));
+  }
+  // Flags of 0 and 1, eight to a byte.
+  void Bits(const std::vector<uint8_t>& flags) {
+    Count(flags.size());
+    for (std::size_t i = 0; i < flags.size(); i += 8) {
+      uint8_t byte = 0;
+      for (std::size_t j = i; j < std::min(i + 8, flags.size()); ++j) byte |= (flags[j] != 0) << (j - i);
+      out_ += static_cast<char>(byte);
+    }
   }
   void Glycan(const CGlycan* glycan) {
     uint32_t number = 0;
@@ -136,6 +146,14 @@ class CReader {
     const std::size_t count = Count(sizeof(T));
     values.resize(count);
     if (Take(count * sizeof(T)) && count > 0) std::memcpy(values.data(), taken_, count * sizeof(T));
+  }
+  void Bits(std::vector<uint8_t>& flags) {
+    uint32_t count = 0;
+    (*this)(count);
+    ok_ = ok_ && count / 8 + (count % 8 != 0) <= bytes_.size();
+    flags.resize(ok_ ? count : 0);
+    if (!Take((flags.size() + 7) / 8)) return;
+    for (std::size_t j = 0; j < flags.size(); ++j) flags[j] = (taken_[j / 8] >> (j % 8)) & 1;
   }
   void Glycan(const CGlycan*& glycan) {
     uint32_t number = 0;
@@ -208,14 +226,19 @@ void CShardEvidence::AddCandidate(const CGlycopeptideHit& hit) {
   ++candidates_;
 }
 
-std::string CShardEvidence::Bytes() const {
+void CShardEvidence::Reserve(std::size_t hits) {
+  // About 400 bytes a hit, most of them the b and y ladder.
+  bytes_.reserve(bytes_.size() + hits * 512);
+}
+
+std::string CShardEvidence::Table() const {
   std::string out;
   AppendCount(out, glycanNames_.size());
   for (const std::string& name : glycanNames_) {
     AppendCount(out, name.size());
     out += name;
   }
-  return out + bytes_;
+  return out;
 }
 
 bool CShardEvidence::Load(std::string bytes, std::size_t lines, std::size_t candidates,

@@ -16,8 +16,10 @@
 // hundreds of thousands of hits: numbers as their bytes (little-endian, IEEE
 // 754), so that estimates over read-back evidence equal those over evidence
 // just found; text as a 32-bit length and its bytes; a list as a 32-bit count
-// and its values. The section is a table of the glycan names, then one record
-// per hit, each a 32-bit length and that many bytes:
+// and its values; flags (the ladder's ions found) as a 32-bit count and eight
+// to a byte, the first in the lowest bit. The section is a table of the
+// glycan names, then one record per hit, each a 32-bit length and that many
+// bytes:
 //   a result line: its query name and its evidence;
 //   a next best candidate of the search: the fields the q-values read of its
 //   line, then its evidence.
@@ -35,11 +37,14 @@ class CGlycanNames {
 
 class CShardEvidence {
  public:
-  // Writing, in this order: the result lines, then the candidates.
+  // Writing, in this order: the result lines, then the candidates; room for
+  // `hits` records of a usual size first saves copying as they grow.
+  void Reserve(std::size_t hits);
   void AddLine(const CGlycopeptideHit& hit);
   void AddCandidate(const CGlycopeptideHit& hit);
-  // The section as the shard file keeps it.
-  std::string Bytes() const;
+  // The section as the shard file keeps it: the glycan table, then the records.
+  std::string Table() const;
+  const std::string& Records() const { return bytes_; }
 
   // Reading a section of `lines` and `candidates` records. False, with `why`,
   // when its records do not add up to it; glycans are named in `glycans`.

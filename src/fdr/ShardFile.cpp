@@ -65,10 +65,9 @@ const CCountField kCounts[] = {{"library_entries", &CSearchCounts::librarySpectr
                                {"damaged_peaks", &CSearchCounts::damagedPeaks},
                                {"damaged_spectra", &CSearchCounts::damagedSpectra}};
 
-// CRC-32 of a whole buffer.
-uint32_t Crc32(const std::string& bytes) {
-  return static_cast<uint32_t>(
-      crc32_z(crc32(0L, Z_NULL, 0), reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
+// CRC-32 of a whole buffer, or of `before` followed by it.
+uint32_t Crc32(const std::string& bytes, uint32_t before = 0) {
+  return static_cast<uint32_t>(crc32_z(before, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
 }
 
 }  // namespace
@@ -103,12 +102,13 @@ bool WriteShardFile(const CShardFile& shard, const std::string& path) {
     text += std::string("count\t") + count.name + '\t' + std::to_string(shard.counts.*count.member) + '\n';
   text += "seconds\t" + Number(shard.searchSeconds) + '\n';
   for (const CMotifNarrowing& n : shard.narrowings) text += "narrowed\t" + n.entry + '\t' + n.sequon + '\n';
-  std::string evidence;
+  std::string table;
+  const std::string& records = shard.evidence.Records();
   if (shard.glycopeptideFdr) {
-    evidence = shard.evidence.Bytes();
+    table = shard.evidence.Table();
     text += "evidence\t" + std::to_string(shard.evidence.Lines()) + '\t' +
-            std::to_string(shard.evidence.Candidates()) + '\t' + std::to_string(evidence.size()) + '\t' +
-            Hex(Crc32(evidence)) + '\n';
+            std::to_string(shard.evidence.Candidates()) + '\t' + std::to_string(table.size() + records.size()) +
+            '\t' + Hex(Crc32(records, Crc32(table))) + '\n';
   }
   // The last line counts the lines before it: a file cut short lacks it.
   std::size_t lines = 0;
@@ -117,7 +117,10 @@ bool WriteShardFile(const CShardFile& shard, const std::string& path) {
   CSafeOutputFile file;
   if (!file.Open(path, std::ios::binary)) return false;
   file.Stream().write(text.data(), static_cast<std::streamsize>(text.size()));
-  file.Stream().write(evidence.data(), static_cast<std::streamsize>(evidence.size()));
+  if (shard.glycopeptideFdr) {
+    file.Stream().write(table.data(), static_cast<std::streamsize>(table.size()));
+    file.Stream().write(records.data(), static_cast<std::streamsize>(records.size()));
+  }
   return file.Commit();
 }
 

@@ -24,7 +24,7 @@ CGlycopeptideHit Hit(CGlycanNames& glycans) {
   hit.site.probability = {0.7, 0.30000000000000004};
   hit.site.reported = 3;
   hit.ladder.masses = {147.11281f, 1024.5f};
-  hit.ladder.found = {1, 0};
+  hit.ladder.found = {1, 0, 0, 1, 0, 0, 0, 0, 1};  // more than a byte of flags
   hit.ladder.chance = 0.0125f;
   return hit;
 }
@@ -68,7 +68,7 @@ TEST(ShardEvidence, LinesAndCandidatesReadBackExactly) {
   CGlycanNames names;  // the merge's own table
   CShardEvidence read;
   std::string why;
-  ASSERT_TRUE(read.Load(written.Bytes(), 1, 1, names, why)) << why;
+  ASSERT_TRUE(read.Load(written.Table() + written.Records(), 1, 1, names, why)) << why;
   EXPECT_EQ(read.LineQuery(0), "run.17.17.3");
   CGlycopeptideHit back;
   back.sequence = "PEPTIDE";  // the result line's own fields stay
@@ -100,7 +100,7 @@ TEST(ShardEvidence, DamagedSectionsAreRefusedAndDamagedRecordsDoNotRead) {
   CShardEvidence written;
   written.AddLine(Hit(glycans));
   written.AddCandidate(Hit(glycans));
-  const std::string bytes = written.Bytes();
+  const std::string bytes = written.Table() + written.Records();
   CShardEvidence read;
   std::string why;
   // Records that do not add up to the section: one missing, one cut short,

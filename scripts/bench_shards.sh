@@ -8,7 +8,9 @@
 # It prints per round the FDR stage of the one run, the deferred step of the
 # shards (their evidence pass, summed) plus the merge (the whole `fdr`
 # process), in wall and CPU seconds (from the summaries), and their ratio;
-# then the medians. CPU time is the fairer measure on a shared machine. The
+# then the medians, and the median of the rounds' own ratios (each round's two
+# sides ran minutes apart at most, so a drift of the machine's speed cancels
+# more within a round). CPU time is the fairer measure on a shared machine. The
 # merged files are checked byte for byte against the one run.
 #
 #   scripts/bench_shards.sh [--shards N] [--rounds N] [--threads N] [--peptides N] [--queries N]
@@ -84,11 +86,11 @@ for round in $(seq "$ROUNDS"); do
   printf 'round %d: one run %.2f s wall, %.2f s CPU; %d shards %.2f s wall, %.2f s CPU (deferred %.2f + merge %.2f); CPU ratio %.2f\n' \
     "$round" "$one_wall" "$one_cpu" "$SHARDS" "$split_wall" "$split_cpu" "$cpu" "$merge_cpu" \
     "$(awk -v a="$split_cpu" -v b="$one_cpu" 'BEGIN { print a / b }')"
-  rows+=("$one_wall $one_cpu $split_wall $split_cpu")
+  rows+=("$one_wall $one_cpu $split_wall $split_cpu $(awk -v a="$split_cpu" -v b="$one_cpu" 'BEGIN { print a / b }')")
 done
 median() { sort -g | awk '{ v[NR] = $1 } END { print (NR % 2) ? v[(NR + 1) / 2] : (v[NR / 2] + v[NR / 2 + 1]) / 2 }'; }
 column() { printf '%s\n' "${rows[@]}" | cut -d' ' -f"$1" | median; }
-printf 'medians: one run %.2f s wall, %.2f s CPU; %d shards %.2f s wall, %.2f s CPU; ratio %.2f wall, %.2f CPU (files identical every round)\n' \
+printf 'medians: one run %.2f s wall, %.2f s CPU; %d shards %.2f s wall, %.2f s CPU; ratio %.2f wall, %.2f CPU; median of the rounds'"'"' CPU ratios %.2f (files identical every round)\n' \
   "$(column 1)" "$(column 2)" "$SHARDS" "$(column 3)" "$(column 4)" \
   "$(awk -v a="$(column 3)" -v b="$(column 1)" 'BEGIN { print a / b }')" \
-  "$(awk -v a="$(column 4)" -v b="$(column 2)" 'BEGIN { print a / b }')"
+  "$(awk -v a="$(column 4)" -v b="$(column 2)" 'BEGIN { print a / b }')" "$(column 5)"

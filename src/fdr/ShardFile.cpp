@@ -210,7 +210,8 @@ bool ReadShardFile(const std::string& path, CShardFile& shard, CGlycanNames& gly
   const auto size = std::filesystem::file_size(path, error);
   const auto at = static_cast<std::uintmax_t>(in.tellg());
   if (error || at > size || size - at < bytes) {
-    why = "it is cut short (its evidence lacks " + std::to_string(error ? bytes : bytes - (size - at)) + " bytes)";
+    const std::size_t lacking = error || at > size ? bytes : bytes - (size - at);
+    why = "it is cut short (its evidence lacks " + std::to_string(lacking) + " bytes)";
     return false;
   }
   std::string evidence(bytes, '\0');

@@ -44,7 +44,8 @@ std::string Describe(const CFileIdentity& identity) {
 
 bool AnyShardFile(const std::vector<std::string>& results) {
   for (const std::string& path : results)
-    if (GetPathKind(ShardPath(path)) != PathKind::Missing) return true;
+    for (const std::string& shard : {ShardPath(path), TextShardPath(path)})
+      if (GetPathKind(shard) != PathKind::Missing) return true;
   return false;
 }
 
@@ -55,7 +56,14 @@ bool MergeShards(const std::string& out, const std::vector<std::string>& results
   for (std::size_t k = 0; k < results.size(); ++k) {
     std::string why;
     CFileIdentity actual;
-    if (!ReadShardFile(ShardPath(results[k]), shards[k], glycans, why)) {
+    if (GetPathKind(ShardPath(results[k])) == PathKind::Missing &&
+        GetPathKind(TextShardPath(results[k])) != PathKind::Missing) {
+      Refuse(results[k], "its shard file " + TextShardPath(results[k]) +
+                             " has format version 1, this program reads version " +
+                             std::to_string(kShardFormatVersion) + " (" + ShardPath(results[k]) +
+                             "); search its datasets again with this version");
+      ok = false;
+    } else if (!ReadShardFile(ShardPath(results[k]), shards[k], glycans, why)) {
       Refuse(results[k], "its shard file " + ShardPath(results[k]) + " can't be used: " + why);
       ok = false;
     } else if (!IdentifyFile(results[k], actual, false) || !(actual == shards[k].resultIdentity)) {

@@ -16,7 +16,8 @@ struct CShardMerge {
   std::string qvalues, features;  // written with glycopeptide_fdr
 };
 
-// Whether any of the result files has a shard file beside it.
+// Whether any of the result files has a shard file beside it (of this format
+// version, or of version 1 under its old name).
 bool AnyShardFile(const std::vector<std::string>& results);
 
 // Ranks the result files of separate searches (shards, in the order of their

@@ -112,6 +112,10 @@ std::string ShardPath(const std::string& resultPath) {
   return StemAndExtension(resultPath).first + "_shard.qgs";
 }
 
+std::string TextShardPath(const std::string& resultPath) {
+  return StemAndExtension(resultPath).first + "_shard.tsv";
+}
+
 bool SameFile(const std::string& a, const std::string& b) {
   struct stat sa, sb;
   if (::stat(a.c_str(), &sa) == 0 && ::stat(b.c_str(), &sb) == 0)

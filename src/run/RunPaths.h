@@ -41,6 +41,8 @@ inline std::string CandidatePath(const std::string& resultPath) {
 
 // The shard file of a result file whose ranking is deferred: <result stem>_shard.qgs.
 std::string ShardPath(const std::string& resultPath);
+// Where format version 1 kept it, as text: <result stem>_shard.tsv.
+std::string TextShardPath(const std::string& resultPath);
 
 // The message of a companion file that can't be written.
 std::string CompanionWriteError(const std::string& path);

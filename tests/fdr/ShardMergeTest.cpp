@@ -112,6 +112,9 @@ TEST(ShardMerge, RefusesShardsThatDoNotBelongTogetherAndWritesNothing) {
          testutil::WriteFile(ShardPath(result), text.replace(text.find("\t2\n"), 3, "\t1\n"));
        },
        secondLines, "format version 1"},
+      {"format version 1, kept as text under its old name", nullptr,
+       [](const std::string& result) { std::filesystem::rename(ShardPath(result), TextShardPath(result)); },
+       secondLines, "_shard.tsv has format version 1"},
       {"evidence cut short", WithEvidence,
        [](const std::string& result) {
          std::string text = testutil::ReadFile(ShardPath(result));

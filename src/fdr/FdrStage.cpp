@@ -71,10 +71,7 @@ void DeferFdr(const CSearchParam& settings, const CSearchCounts& counts,
     shard.glycopeptideFdr = true;
     // The search's next best candidates of each line follow the lines, as in
     // the q-value step of a whole run.
-    std::vector<CGlycopeptideHit> hits = ParseResultLines(lines.records);
-    std::vector<CGlycopeptideHit> candidates = ReadCandidateHits(candidatePath);
-    hits.reserve(hits.size() + candidates.size());
-    for (CGlycopeptideHit& hit : candidates) hits.push_back(std::move(hit));
+    std::vector<CGlycopeptideHit> hits = ResultAndCandidateHits(lines.records, candidatePath);
     AddEvidenceFromDatasets(hits, settings, table);
     shard.evidence.Reserve(hits.size());
     for (std::size_t i = 0; i < hits.size(); ++i)

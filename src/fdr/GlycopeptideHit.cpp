@@ -110,32 +110,38 @@ void FillHit(CGlycopeptideHit& hit, const std::vector<std::string_view>& f, doub
 
 }  // namespace
 
-std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& records) {
-  std::vector<CGlycopeptideHit> hits(records.size());
+namespace {
+
+// The hits of result lines into the first records.size() of `hits`.
+void FillResultHits(const std::vector<CFdrRecord>& records, std::vector<CGlycopeptideHit>& hits) {
   for (std::size_t i = 0; i < records.size(); ++i)
     FillHit(hits[i], SplitTabs(records[i].line), records[i].score, records[i].isDecoy);
+}
+
+}  // namespace
+
+std::vector<CGlycopeptideHit> ParseResultLines(const std::vector<CFdrRecord>& records) {
+  std::vector<CGlycopeptideHit> hits(records.size());
+  FillResultHits(records, hits);
   return hits;
 }
 
-std::vector<CGlycopeptideHit> ParseCandidateLines(const std::vector<std::string>& lines) {
-  std::vector<CGlycopeptideHit> hits(lines.size());
+std::vector<CGlycopeptideHit> ResultAndCandidateHits(const std::vector<CFdrRecord>& records,
+                                                     const std::string& candidatePath) {
+  std::vector<std::string> lines;
+  std::ifstream in(candidatePath, std::ios::binary);
+  for (std::string line; std::getline(in, line);) lines.push_back(std::move(line));
+  // Sized once: a list of hundreds of thousands of hits that grows by
+  // doubling copies and faults in far more memory than it keeps.
+  std::vector<CGlycopeptideHit> hits(records.size() + lines.size());
+  FillResultHits(records, hits);
   for (std::size_t i = 0; i < lines.size(); ++i) {
+    CGlycopeptideHit& hit = hits[records.size() + i];
     const std::vector<std::string_view> f = SplitTabs(lines[i]);
-    FillHit(hits[i], f, Number(f, 19), f.size() > 20 && f[20] == "D");
-    hits[i].candidateRank = 1;
+    FillHit(hit, f, Number(f, 19), f.size() > 20 && f[20] == "D");
+    hit.candidateRank = 1;
   }
   return hits;
-}
-
-std::vector<std::string> ReadCandidateLines(const std::string& path) {
-  std::vector<std::string> lines;
-  std::ifstream in(path, std::ios::binary);
-  for (std::string line; std::getline(in, line);) lines.push_back(std::move(line));
-  return lines;
-}
-
-std::vector<CGlycopeptideHit> ReadCandidateHits(const std::string& path) {
-  return ParseCandidateLines(ReadCandidateLines(path));
 }
 
 void CallHit(CGlycopeptideHit& hit, const CSpectrum& prepared, const CSearchParam& settings,

@@ -57,12 +57,11 @@ struct CSiteRules {
   std::string acceptors = "ST";
 };
 
-// The hits of the next best candidates the search kept (a file of result
-// lines without a header), with candidateRank 1; none when the file is absent.
-std::vector<CGlycopeptideHit> ReadCandidateHits(const std::string& path);
-// The same in two steps: the file's lines, and the hits of such lines.
-std::vector<std::string> ReadCandidateLines(const std::string& path);
-std::vector<CGlycopeptideHit> ParseCandidateLines(const std::vector<std::string>& lines);
+// The hits of result lines, followed by those of the next best candidates the
+// search kept (a file of result lines without a header; none when it is
+// absent), which have candidateRank 1.
+std::vector<CGlycopeptideHit> ResultAndCandidateHits(const std::vector<CFdrRecord>& records,
+                                                     const std::string& candidatePath);
 
 // Reads the query spectra named by the hits from the datasets of `settings`,
 // prepares them as the search did, and calls each hit's glycan and Y ions

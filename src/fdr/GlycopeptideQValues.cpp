@@ -357,12 +357,9 @@ double FinishGlycopeptideQValues(std::vector<CGlycopeptideHit>& hits, const std:
 double RunGlycopeptideQValues(const CSearchParam& settings, const std::vector<CFdrRecord>& records) {
   std::cout << ">> Estimating glycopeptide q-values." << std::endl;
   CMassTable table;
-  std::vector<CGlycopeptideHit> hits = ParseResultLines(records);
   // The search's next best candidates of each line follow the lines.
   const std::string candidatePath = CandidatePath(settings.output_result_filename);
-  std::vector<CGlycopeptideHit> candidates = ReadCandidateHits(candidatePath);
-  hits.reserve(hits.size() + candidates.size());
-  for (CGlycopeptideHit& hit : candidates) hits.push_back(std::move(hit));
+  std::vector<CGlycopeptideHit> hits = ResultAndCandidateHits(records, candidatePath);
   AddEvidenceFromDatasets(hits, settings, table);
   const double lowest = FinishGlycopeptideQValues(hits, settings.output_result_filename);
   std::remove(candidatePath.c_str());
